@@ -1,0 +1,3 @@
+#include "omcell/OmRegionManaged.h"
+
+OmRegionManaged::~OmRegionManaged() = default;
