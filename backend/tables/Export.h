@@ -1,0 +1,23 @@
+#ifndef OMTREE_BACKEND_TABLES_EXPORT_H
+#define OMTREE_BACKEND_TABLES_EXPORT_H
+
+/// OMTREE_API marks what `libomtree` exports. OM_ASSERT_API marks the assertion handler of `backend/tables/Assert.h`,
+/// which is compiled into `libomcell` so that every library above shares one handler.
+
+#if defined(_WIN32)
+#if defined(OMTREE_BUILDING)
+#define OMTREE_API __declspec(dllexport)
+#else
+#define OMTREE_API __declspec(dllimport)
+#endif
+#if defined(OMCELL_BUILDING)
+#define OM_ASSERT_API __declspec(dllexport)
+#else
+#define OM_ASSERT_API __declspec(dllimport)
+#endif
+#else
+#define OMTREE_API __attribute__((visibility("default")))
+#define OM_ASSERT_API __attribute__((visibility("default")))
+#endif
+
+#endif

@@ -1,0 +1,465 @@
+#ifndef OMTREE_BACKEND_TABLES_OM_VECTORTREE_H
+#define OMTREE_BACKEND_TABLES_OM_VECTORTREE_H
+
+#include "backend/tables/Assert.h"
+#include "backend/tables/om/OmVector.h"
+#include "omcell/OmMemoryRegion.h"
+
+#include <cstddef>
+#include <cstdint>
+#include <iterator>
+#include <memory>
+#include <new>
+#include <type_traits>
+#include <utility>
+#include <vector>
+
+#ifndef OMTREE_CHECK_HANDLES
+#define OMTREE_CHECK_HANDLES 0
+#endif
+
+/// Ordered tree whose nodes hold their children by value, one block for each parent.
+///
+///     tree node                      children of one parent, in display order
+///     +-------+----------+--------+      +-------+-------+-------+
+///     | value | children | parent |      | node0 | node1 | node2 | ...
+///     +-------+----|-----+----^---+      +--|----+--|----+--|----+
+///                  `----------|------------>'       |       |
+///                             `---------------------+-------'   each points back at its parent
+///
+/// The root node is embedded in the tree object; the region of its children vector is the tree's region, and every node
+/// below is made with it. The tree object must not be moved: first-level nodes point at it.
+///
+/// Invariants
+///  1. After every operation that ends with `Reparent`, each node's parent pointer names the node whose children vector
+///     holds it. `AddChild` keeps this; `InsertBefore`, `InsertAt` and `EraseChild` leave the repair to their caller.
+///  2. Children stay in the order in which the operations put them. Nothing sorts.
+///  3. No operation, destructor or walk uses native stack in proportion to depth.
+///
+/// Handles (`Node`, `ConstNode`) are a node pointer and a depth, copied freely. A handle is valid until the children
+/// vector that holds its node changes (any insertion, erasure or move relocates elements); re-fetch it from the root.
+/// A build with OMTREE_CHECK_HANDLES=1 gives every children vector an epoch, lets handles remember it, and reports a
+/// stale handle ("handle is not stale") at its first use.
+///
+/// REQUIRES of T: copyable; when T can be made from (T const&, OmMemoryRegion*), copies below the root are made that way.
+template <typename T> class OmVectorTree {
+  public:
+    struct TreeNode;
+    class Node;
+    class ConstNode;
+    class Subtree;
+
+    /// One node. Trees hand these out through handles; programs do not make them.
+    struct TreeNode {
+        T value;
+        OmVector<TreeNode> children;
+        TreeNode* parent;
+
+        template <typename... Arguments>
+        TreeNode(OmMemoryRegion* region, TreeNode* above, Arguments&&... arguments)
+            : value(std::forward<Arguments>(arguments)...), children(region), parent(above) {}
+
+        /// Appends a childless node that holds a copy of `source`, made for `region` where T can be copied into one.
+        static TreeNode& Append(TreeNode& above, T const& source, OmMemoryRegion* region) {
+            if constexpr (std::is_constructible_v<T, T const&, OmMemoryRegion*>) {
+                return above.children.emplace_back(region, &above, source, region);
+            } else {
+                return above.children.emplace_back(region, &above, source);
+            }
+        }
+
+        TreeNode(TreeNode const&) = delete;
+        TreeNode& operator=(TreeNode const&) = delete;
+
+        /// Destroys the children, first to last, each with its own subtree first; then the value.
+        ~TreeNode() {
+            DestroyChildren();
+            ChildrenChanged();
+        }
+
+        /// Destroys the subtree below this node, iteratively.
+        void DestroyChildren();
+
+#if OMTREE_CHECK_HANDLES
+        std::shared_ptr<std::uint64_t> epoch = std::make_shared<std::uint64_t>(0);
+        void ChildrenChanged() { ++*epoch; }
+#else
+        void ChildrenChanged() {}
+#endif
+    };
+
+    /// All ones: what `ChildPosition` gives for "no child".
+    static constexpr unsigned int NoPosition = static_cast<unsigned int>(-1);
+
+    /// A tree whose root value is made from `arguments`; children live in `region` (the default heap when null).
+    template <typename... Arguments>
+    explicit OmVectorTree(OmMemoryRegion* region, Arguments&&... arguments)
+        : _root(region, nullptr, std::forward<Arguments>(arguments)...) {}
+
+    OmVectorTree(OmVectorTree const&) = delete;
+    OmVectorTree& operator=(OmVectorTree const&) = delete;
+
+    Node Root() { return Node(&_root, 0); }
+    ConstNode Root() const { return ConstNode(&_root, 0); }
+
+    /// The tree's region; never null, not owned.
+    OmMemoryRegion* Region() const { return _root.children.Region(); }
+
+    /// Appends a copy of `value` as the last child of `parent` and returns a handle to it. Invalidates the handles to
+    /// parent's other children. Amortised O(1), plus the children and grandchildren of `parent` when its storage moves.
+    Node AddChild(Node const& parent, T const& value);
+
+    /// Moves the subtree in just before the first child of `parent` whose value equals `*reference`; at the end when
+    /// `reference` is null or no child equals it. Equal siblings are never told apart. Follow with `Reparent`.
+    static void InsertBefore(Node const& parent, Subtree subtree, T const* reference);
+
+    /// Moves the subtree in before position `position` of parent's children (0 to their number). Follow with `Reparent`.
+    static void InsertAt(Node const& parent, Subtree subtree, std::size_t position);
+
+    /// Destroys child number `position` with its whole subtree and closes the gap by a plain memory move. The moved
+    /// siblings' own children still point at the old addresses until `Reparent`.
+    /// REQUIRES: position < parent.ChildCount().
+    static void EraseChild(Node const& parent, std::size_t position);
+
+    /// Position of the first child whose value equals `value`, or NoPosition.
+    static unsigned int ChildPosition(ConstNode const& parent, T const& value);
+
+    /// A deep copy of `source` and everything below it, in `region`, with parent pointer `newParent`. Values are copied
+    /// in pre-order.
+    static Subtree CopySubtree(ConstNode const& source, TreeNode* newParent, OmMemoryRegion* region);
+
+    /// Points every child of `node` at `node`; with `recursive` does the same in every descendant.
+    static void Reparent(Node const& node, bool recursive);
+
+    /// The node that is reached from `root` by the same child positions as `node` is from its own root; the trees must
+    /// have the same shape. A handle of depth 0 gives (root, 0). Assertion "0 <= offset && offset < vec.size()" (source
+    /// `backend/tables/om/VectorTree`) when a parent pointer on the way does not hold its child; a handler that returns
+    /// gets a null handle. O(depth).
+    static Node Counterpart(ConstNode const& node, Node const& root);
+
+    /// Calls `enter(ConstNode)` for `start` and its descendants in pre-order; a node for which it returns false is not
+    /// descended into. Uses child order only, never parent pointers.
+    template <typename Enter> static void WalkPreOrder(ConstNode const& start, Enter&& enter);
+
+  private:
+    TreeNode _root;
+};
+
+/// Read-only handle: node pointer and depth (0 for the root). A default-made handle is null.
+template <typename T> class OmVectorTree<T>::ConstNode {
+  public:
+    ConstNode() = default;
+    ConstNode(TreeNode const* node, unsigned int depth) : _node(node), _depth(depth) {}
+
+    bool IsNull() const { return _node == nullptr; }
+    unsigned int Depth() const { return _depth; }
+
+    /// REQUIRES of all below: the handle is valid.
+    T const& Value() const { return Ptr()->value; }
+    std::size_t ChildCount() const { return Ptr()->children.size(); }
+    /// Child number k. REQUIRES: k < ChildCount().
+    ConstNode Child(std::size_t k) const { return Below(Ptr()->children.data() + k); }
+    /// The handle (parent pointer, depth - 1); null for the root.
+    ConstNode Parent() const { return ConstNode(Ptr()->parent, Ptr()->parent != nullptr ? _depth - 1 : 0); }
+
+    class Iterator;
+    Iterator begin() const { return Iterator(*this, 0); }
+    Iterator end() const { return Iterator(*this, ChildCount()); }
+
+    /// The tree node itself. In a checking build this is where a stale handle is reported.
+    TreeNode const* Ptr() const {
+        CheckFresh();
+        return _node;
+    }
+
+    friend bool operator==(ConstNode const& a, ConstNode const& b) { return a._node == b._node; }
+    friend bool operator!=(ConstNode const& a, ConstNode const& b) { return a._node != b._node; }
+
+  private:
+    friend class Node;
+
+    ConstNode Below(TreeNode const* child) const {
+        ConstNode handle(child, _depth + 1);
+        handle.Remember(*_node);
+        return handle;
+    }
+
+#if OMTREE_CHECK_HANDLES
+    void Remember(TreeNode const& parent) {
+        _epoch = parent.epoch;
+        _seen = *_epoch;
+    }
+    void CheckFresh() const {
+        OM_ASSERT(_epoch == nullptr || *_epoch == _seen, "handle is not stale", "backend/tables/om/VectorTree",
+                  __LINE__);
+    }
+    std::shared_ptr<std::uint64_t> _epoch;
+    std::uint64_t _seen = 0;
+#else
+    void Remember(TreeNode const&) {}
+    void CheckFresh() const {}
+#endif
+
+    TreeNode const* _node = nullptr;
+    unsigned int _depth = 0;
+};
+
+/// Steps over the children of one node as handles.
+template <typename T> class OmVectorTree<T>::ConstNode::Iterator {
+  public:
+    using iterator_category = std::input_iterator_tag;
+    using value_type = ConstNode;
+    using difference_type = std::ptrdiff_t;
+    using pointer = void;
+    using reference = ConstNode;
+
+    Iterator(ConstNode const& parent, std::size_t position) : _parent(parent), _position(position) {}
+    ConstNode operator*() const { return _parent.Child(_position); }
+    Iterator& operator++() {
+        ++_position;
+        return *this;
+    }
+    friend bool operator==(Iterator const& a, Iterator const& b) { return a._position == b._position; }
+    friend bool operator!=(Iterator const& a, Iterator const& b) { return a._position != b._position; }
+
+  private:
+    ConstNode _parent;
+    std::size_t _position;
+};
+
+/// Handle that gives write access to the value. Converts to a ConstNode.
+template <typename T> class OmVectorTree<T>::Node {
+  public:
+    Node() = default;
+    Node(TreeNode* node, unsigned int depth) : _handle(node, depth) {}
+
+    operator ConstNode() const { return _handle; }
+
+    bool IsNull() const { return _handle.IsNull(); }
+    unsigned int Depth() const { return _handle.Depth(); }
+    T& Value() const { return Ptr()->value; }
+    std::size_t ChildCount() const { return _handle.ChildCount(); }
+    Node Child(std::size_t k) const { return Node(_handle.Child(k)); }
+    Node Parent() const { return Node(_handle.Parent()); }
+    TreeNode* Ptr() const { return const_cast<TreeNode*>(_handle.Ptr()); }
+
+    friend bool operator==(Node const& a, Node const& b) { return a._handle == b._handle; }
+    friend bool operator!=(Node const& a, Node const& b) { return a._handle != b._handle; }
+
+  private:
+    // Only handles that came from a writable node are turned back into one.
+    explicit Node(ConstNode const& handle) : _handle(handle) {}
+
+    ConstNode _handle;
+};
+
+/// A subtree that stands in no tree yet, owned by this object until an insertion takes it. Move-only.
+template <typename T> class OmVectorTree<T>::Subtree {
+  public:
+    /// A single node whose value is made from `arguments`, in `region` (the default heap when null).
+    template <typename... Arguments>
+    Subtree(OmMemoryRegion* region, TreeNode* parent, Arguments&&... arguments) {
+        void* const place = OmMemoryRegion::OrDefault(region)->Allocate(sizeof(TreeNode));
+        try {
+            _node = ::new (place) TreeNode(region, parent, std::forward<Arguments>(arguments)...);
+        } catch (...) {
+            OmMemoryRegion::Release(place);
+            throw;
+        }
+    }
+    Subtree(Subtree&& other) noexcept : _node(std::exchange(other._node, nullptr)) {}
+    Subtree& operator=(Subtree&& other) noexcept {
+        std::swap(_node, other._node);
+        return *this;
+    }
+    ~Subtree() {
+        if (_node != nullptr) {
+            _node->~TreeNode();
+            OmMemoryRegion::Release(_node);
+        }
+    }
+
+    TreeNode* Ptr() const { return _node; }
+
+  private:
+    friend class OmVectorTree;
+
+    // The node's bytes moved into a children vector: only the block is left.
+    void Forget() { OmMemoryRegion::Release(std::exchange(_node, nullptr)); }
+
+    TreeNode* _node = nullptr;
+};
+
+template <typename T> void OmVectorTree<T>::TreeNode::DestroyChildren() {
+    if (children.empty()) {
+        return;
+    }
+    // The way back up is kept in the parent pointers of the nodes that are about to go.
+    TreeNode* node = children.begin();
+    node->parent = this;
+    for (;;) {
+        while (!node->children.empty()) {
+            TreeNode* const below = node->children.begin();
+            below->parent = node;
+            node = below;
+        }
+        TreeNode* const above = node->parent;
+        node->~TreeNode();
+        ++node;
+        if (node != above->children.end()) {
+            node->parent = above;
+            continue;
+        }
+        above->children.FreeRaw();
+        if (above == this) {
+            return;
+        }
+        node = above;
+    }
+}
+
+template <typename T>
+typename OmVectorTree<T>::Node OmVectorTree<T>::AddChild(Node const& parent, T const& value) {
+    TreeNode* const above = parent.Ptr();
+    OmVector<TreeNode>& children = above->children;
+    TreeNode* const before = children.data();
+    TreeNode::Append(*above, value, Region());
+    above->ChildrenChanged();
+    if (children.data() != before && children.size() > 1) {
+        for (std::size_t k = 0; k < children.size(); ++k) {
+            Reparent(parent.Child(k), false);
+        }
+    }
+    return parent.Child(children.size() - 1);
+}
+
+template <typename T>
+void OmVectorTree<T>::InsertBefore(Node const& parent, Subtree subtree, T const* reference) {
+    std::size_t position = parent.ChildCount();
+    if (reference != nullptr) {
+        unsigned int const found = ChildPosition(parent, *reference);
+        if (found != NoPosition) {
+            position = found;
+        }
+    }
+    InsertAt(parent, std::move(subtree), position);
+}
+
+template <typename T>
+void OmVectorTree<T>::InsertAt(Node const& parent, Subtree subtree, std::size_t position) {
+    parent.Ptr()->children.RelocateIn(position, subtree._node);
+    subtree.Forget();
+    parent.Ptr()->ChildrenChanged();
+}
+
+template <typename T> void OmVectorTree<T>::EraseChild(Node const& parent, std::size_t position) {
+    parent.Ptr()->children.erase(position);
+    parent.Ptr()->ChildrenChanged();
+}
+
+template <typename T> unsigned int OmVectorTree<T>::ChildPosition(ConstNode const& parent, T const& value) {
+    OmVector<TreeNode> const& children = parent.Ptr()->children;
+    for (std::size_t k = 0; k < children.size(); ++k) {
+        if (children[k].value == value) {
+            return static_cast<unsigned int>(k);
+        }
+    }
+    return NoPosition;
+}
+
+template <typename T>
+typename OmVectorTree<T>::Subtree OmVectorTree<T>::CopySubtree(ConstNode const& source, TreeNode* newParent,
+                                                               OmMemoryRegion* region) {
+    struct Frame {
+        TreeNode const* from;
+        TreeNode* to;
+    };
+    auto const makeTop = [region, newParent](T const& value) {
+        if constexpr (std::is_constructible_v<T, T const&, OmMemoryRegion*>) {
+            return Subtree(region, newParent, value, region);
+        } else {
+            return Subtree(region, newParent, value);
+        }
+    };
+    Subtree copy = makeTop(source.Value());
+    copy.Ptr()->children.reserve(source.ChildCount());
+    std::vector<Frame> path{{source.Ptr(), copy.Ptr()}};
+    while (!path.empty()) {
+        Frame const frame = path.back();
+        std::size_t const done = frame.to->children.size();
+        if (done == frame.from->children.size()) {
+            path.pop_back();
+            continue;
+        }
+        TreeNode const& child = frame.from->children[done];
+        TreeNode& below = TreeNode::Append(*frame.to, child.value, region);
+        below.children.reserve(child.children.size());
+        path.push_back({&child, &below});
+    }
+    return copy;
+}
+
+template <typename T> void OmVectorTree<T>::Reparent(Node const& node, bool recursive) {
+    std::vector<TreeNode*> pending{node.Ptr()};
+    while (!pending.empty()) {
+        TreeNode* const above = pending.back();
+        pending.pop_back();
+        for (TreeNode& child : above->children) {
+            child.parent = above;
+            if (recursive && !child.children.empty()) {
+                pending.push_back(&child);
+            }
+        }
+    }
+}
+
+template <typename T>
+typename OmVectorTree<T>::Node OmVectorTree<T>::Counterpart(ConstNode const& node, Node const& root) {
+    std::vector<std::size_t> path;
+    TreeNode const* place = node.Ptr();
+    for (unsigned int depth = node.Depth(); depth > 0; --depth) {
+        OmVector<TreeNode> const& vec = place->parent->children;
+        // A stale parent pointer may name an unrelated block, so the distance is taken on plain addresses.
+        std::uintptr_t const distance =
+            reinterpret_cast<std::uintptr_t>(place) - reinterpret_cast<std::uintptr_t>(vec.data());
+        std::size_t const offset = distance / sizeof(TreeNode);
+        if (!OM_ASSERT(offset < vec.size(), "0 <= offset && offset < vec.size()", "backend/tables/om/VectorTree",
+                       __LINE__)) {
+            return Node();
+        }
+        path.push_back(offset);
+        place = place->parent;
+    }
+    Node counterpart = root;
+    while (!path.empty()) {
+        counterpart = counterpart.Child(path.back());
+        path.pop_back();
+    }
+    return counterpart;
+}
+
+template <typename T>
+template <typename Enter>
+void OmVectorTree<T>::WalkPreOrder(ConstNode const& start, Enter&& enter) {
+    struct Frame {
+        ConstNode node;
+        std::size_t next;
+    };
+    std::vector<Frame> path;
+    if (enter(start)) {
+        path.push_back({start, 0});
+    }
+    while (!path.empty()) {
+        Frame& frame = path.back();
+        if (frame.next == frame.node.ChildCount()) {
+            path.pop_back();
+            continue;
+        }
+        ConstNode const child = frame.node.Child(frame.next++);
+        if (enter(child)) {
+            path.push_back({child, 0});
+        }
+    }
+}
+
+#endif
