@@ -1,0 +1,51 @@
+#include "backend/tables/MultiBase.h"
+
+#include "backend/tables/Assert.h"
+
+#include <cstddef>
+#include <cstdlib>
+
+namespace {
+
+constexpr char Source[] = "backend/tables/MultiBase";
+
+} // namespace
+
+std::uint64_t MultiBase::Count() const {
+    std::uint64_t count = 1;
+    for (std::uint32_t const base : _bases) {
+        count *= base;
+    }
+    return count;
+}
+
+std::vector<std::uint32_t> MultiBase::Digits(std::uint64_t number) const {
+    std::vector<std::uint32_t> digits(_bases.size(), 0);
+    if (digits.empty()) {
+        return digits;
+    }
+    std::size_t position = _bases.size() - 1;
+    for (; position > 0 && number != 0; --position) {
+        std::uint32_t const b = _bases[position];
+        if (!OM_ASSERT(b > 0, "b>0", Source, 126)) {
+            std::abort();
+        }
+        digits[position] = static_cast<std::uint32_t>(number % b);
+        number /= b;
+    }
+    digits[position] = static_cast<std::uint32_t>(number);
+    return digits;
+}
+
+std::uint64_t MultiBase::Number(std::vector<std::uint32_t> const& digits) const {
+    std::uint64_t number = 0;
+    std::size_t i = 0;
+    if (!digits.empty()) {
+        number = digits[0];
+        for (i = 1; i < _bases.size() && i < digits.size(); ++i) {
+            number = number * _bases[i] + digits[i];
+        }
+    }
+    OM_ASSERT(digits.size() == _bases.size(), "digit == end && i == size", Source, 148);
+    return number;
+}
