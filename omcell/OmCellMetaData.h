@@ -7,8 +7,8 @@
 /// What a writer needs to know of one cell beside its text. A plain value; texts keep a copy of their own
 /// (`OmCellText::setMeta`).
 struct OmCellMetaData {
-    /// Numbers of the table's footnotes that the text refers to, as `OmPivotTable::Footnote` returned them, in the order
-    /// in which their markers are shown.
+    /// Numbers of the table's footnotes that the text refers to, as `OmPivotTable::Footnote` returned them, in the
+    /// order in which their markers are shown.
     std::vector<short> footnotes;
     /// Marker strings shown with the text, for instance "a".
     std::vector<std::string> markers;

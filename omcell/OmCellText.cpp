@@ -25,7 +25,8 @@ void Destroy(OmCellMetaData* meta) {
     delete record;
 }
 
-template <typename List> void PrintList(char const* title, List const& list) {
+template <typename List>
+void PrintList(char const* title, List const& list) {
     char const* before = title;
     for (auto const& entry : list) {
         std::cout << before << entry;
@@ -35,9 +36,7 @@ template <typename List> void PrintList(char const* title, List const& list) {
 
 } // namespace
 
-OmCellText::OmCellText(OmCellText const& other) : OmRegionManaged() {
-    setMeta(other._meta);
-}
+OmCellText::OmCellText(OmCellText const& other) : OmRegionManaged() { setMeta(other._meta); }
 
 OmCellText::~OmCellText() {
     if (_meta != nullptr) {
@@ -45,17 +44,11 @@ OmCellText::~OmCellText() {
     }
 }
 
-std::string OmCellText::AsFormattedString() const {
-    return AsString();
-}
+std::string OmCellText::AsFormattedString() const { return AsString(); }
 
-double OmCellText::NumericValue() const {
-    return 0.0;
-}
+double OmCellText::NumericValue() const { return 0.0; }
 
-std::size_t OmCellText::TextLength() const {
-    return 0;
-}
+std::size_t OmCellText::TextLength() const { return 0; }
 
 icuTracker* OmCellText::SetTracker(icuTracker* tracker) {
     _tracker = tracker;
@@ -71,13 +64,9 @@ void OmCellText::Print(unsigned int indent) const {
     PrintList(", Markers = ", getMarkers());
 }
 
-bool OmCellText::IsBlank() const {
-    return false;
-}
+bool OmCellText::IsBlank() const { return false; }
 
-std::vector<short> OmCellText::Footnotes() const {
-    return _meta != nullptr ? _meta->footnotes : std::vector<short>();
-}
+std::vector<short> OmCellText::Footnotes() const { return _meta != nullptr ? _meta->footnotes : std::vector<short>(); }
 
 std::vector<std::string> OmCellText::getMarkers() const {
     return _meta != nullptr ? _meta->markers : std::vector<std::string>();

@@ -25,15 +25,16 @@ class OmBlank;
 /// The seven kinds of this library are OmComposite, OmStringCell, OmNumber, OmVariable, OmValue, OmMessage and OmBlank;
 /// programs may derive kinds of their own. The order of the virtual operations below is part of the interface.
 ///
-/// Ownership. A holder never keeps the text that it is handed: it keeps a clone in its own region (`Clone`) and destroys
-/// that through the virtual destructor (`delete text`), which hands the storage back with `OmMemoryRegion::Release`.
+/// Ownership. A holder never keeps the text that it is handed: it keeps a clone in its own region (`Clone`) and
+/// destroys that through the virtual destructor (`delete text`), which hands the storage back with
+/// `OmMemoryRegion::Release`.
 ///
 /// What a text may hold outside its region. The metadata record is the only such thing, and only texts that named
-/// their arena as home make it known there, so that sweeping an arena frees the records of our own kinds without running
-/// a destructor; running the destructor afterwards is harmless. A foreign kind gets the same by handing its region to the
-/// constructor below.
+/// their arena as home make it known there, so that sweeping an arena frees the records of our own kinds without
+/// running a destructor; running the destructor afterwards is harmless. A foreign kind gets the same by handing its
+/// region to the constructor below.
 class OMCELL_API OmCellText : public OmRegionManaged {
-  public:
+public:
     class Visitor;
 
     /// How variables and values are labelled in outlines and tables.
@@ -69,8 +70,8 @@ class OMCELL_API OmCellText : public OmRegionManaged {
     /// Negative, zero or positive as this text sorts before, equal to or after the other.
     virtual short Compare(OmCellText const& other) const = 0;
 
-    /// A deep copy in `region`, the default heap when null; the caller owns it. Metadata is copied with it. A copy made in
-    /// the arena that the text itself lives in keeps the tracker; any other copy starts with none, because a tracker
+    /// A deep copy in `region`, the default heap when null; the caller owns it. Metadata is copied with it. A copy made
+    /// in the arena that the text itself lives in keeps the tracker; any other copy starts with none, because a tracker
     /// dies with its table.
     virtual OmCellText* Clone(OmMemoryRegion* region) const = 0;
 
@@ -104,7 +105,7 @@ class OMCELL_API OmCellText : public OmRegionManaged {
         return a.TextLength() == b.TextLength() && a.Compare(b) == 0;
     }
 
-  protected:
+protected:
     /// `home` is the region that the text is built for; null means the default heap.
     explicit OmCellText(OmMemoryRegion* home = nullptr) : OmRegionManaged(home) {}
 
@@ -115,16 +116,16 @@ class OMCELL_API OmCellText : public OmRegionManaged {
     /// For a clone just made: takes over the source's metadata, and its tracker when both live in the same arena.
     void TakeOver(OmCellText const& source);
 
-  private:
+private:
     OmCellMetaData* _meta = nullptr;
 
-  protected:
+protected:
     icuTracker* _tracker = nullptr;
 };
 
 /// Called by `OmCellText::Accept`, one operation for each kind, in the order of the slots.
 class OMCELL_API OmCellText::Visitor {
-  public:
+public:
     virtual ~Visitor();
     virtual void Visit(OmComposite& text) = 0;
     virtual void Visit(OmStringCell& text) = 0;

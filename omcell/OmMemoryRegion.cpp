@@ -56,11 +56,13 @@ void* TakeFromSystem(std::size_t bytes) {
     return place;
 }
 
-template <typename T> void WriteWord(void* word, T* value) {
+template <typename T>
+void WriteWord(void* word, T* value) {
     std::memcpy(word, &value, Word);
 }
 
-template <typename T> T* ReadWord(void const* word) {
+template <typename T>
+T* ReadWord(void const* word) {
     T* value = nullptr;
     std::memcpy(&value, word, Word);
     return value;
@@ -85,7 +87,7 @@ struct OmMemoryRegion::LargeBlock {
     LargeBlock* previous;
     LargeBlock* next;
     std::size_t bytes; ///< taken from the global allocator, this head included
-    void* word; ///< owner word of the payload behind
+    void* word;        ///< owner word of the payload behind
 };
 
 /// Keeps the default heap out of static destruction: other static objects may release blocks after any point.
@@ -102,9 +104,7 @@ OmMemoryRegion::OmMemoryRegion(bool) : _nextChunkBytes(FirstChunkBytes) {
     }
 }
 
-OmMemoryRegion::OmMemoryRegion(DefaultHeapTag) : OmMemoryRegion(false) {
-    _defaultHeap = true;
-}
+OmMemoryRegion::OmMemoryRegion(DefaultHeapTag) : OmMemoryRegion(false) { _defaultHeap = true; }
 
 OmMemoryRegion::~OmMemoryRegion() {
     DropDependents();

@@ -38,10 +38,10 @@
 ///
 /// A region is used by one thread at a time. `DefaultHeap()` may be used by any number of threads at once.
 ///
-/// Under the address sanitizer (and under valgrind, where its header is present when the library is built) storage of an
-/// arena that was released or never handed out is poisoned.
+/// Under the address sanitizer (and under valgrind, where its header is present when the library is built) storage of
+/// an arena that was released or never handed out is poisoned.
 class OMCELL_API OmMemoryRegion {
-  public:
+public:
     /// Something outside the arena that belongs to an object inside it and must be freed when the arena is swept
     /// without running the object's destructor. `drop` is called once, by `WorkingRelease` or the arena's destructor,
     /// after the record was taken off the arena's list.
@@ -55,8 +55,8 @@ class OMCELL_API OmMemoryRegion {
     /// Largest request, in bytes, that is served from a chunk.
     static constexpr std::size_t SmallLimit = 1016;
 
-    /// An empty arena; takes no memory until the first request. The flag is accepted and has no effect; the model always
-    /// passes false.
+    /// An empty arena; takes no memory until the first request. The flag is accepted and has no effect; the model
+    /// always passes false.
     explicit OmMemoryRegion(bool shared);
 
     /// Gives every chunk and large block back to the global allocator. Destructors of objects in them do not run;
@@ -107,7 +107,7 @@ class OMCELL_API OmMemoryRegion {
     /// default heap.
     std::size_t ReservedBytes() const { return _reservedBytes; }
 
-  private:
+private:
     struct Owner {
         OmMemoryRegion* region;
         std::size_t payload; ///< bytes of a payload; above SmallLimit for a large block

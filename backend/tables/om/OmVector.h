@@ -29,8 +29,9 @@
 /// References and iterators stay valid until the storage is reallocated (any growth past `capacity()`), or the element
 /// is erased or shifted. Copying takes time in the element count and may throw what T's copy constructor throws, or
 /// std::bad_alloc; the target is empty then.
-template <typename T> class OmVector {
-  public:
+template <typename T>
+class OmVector {
+public:
     using value_type = T;
     using size_type = std::size_t;
     using iterator = T*;
@@ -87,7 +88,8 @@ template <typename T> class OmVector {
     }
 
     /// Appends an element made from the arguments, which may refer to elements of this vector. Amortised O(1).
-    template <typename... Arguments> T& emplace_back(Arguments&&... arguments) {
+    template <typename... Arguments>
+    T& emplace_back(Arguments&&... arguments) {
         if (_last != _end) {
             ::new (static_cast<void*>(_last)) T(std::forward<Arguments>(arguments)...);
         } else {
@@ -166,7 +168,7 @@ template <typename T> class OmVector {
     }
     friend bool operator!=(OmVector const& a, OmVector const& b) { return !(a == b); }
 
-  private:
+private:
     size_type NextCapacity() const {
         size_type capacity = 4;
         while (capacity <= size()) {
@@ -196,7 +198,8 @@ template <typename T> class OmVector {
     void Relocate(size_type count) { MoveTo(AllocateFor(count), count); }
 
     // The new element is made before the old block goes: its arguments may lie in there.
-    template <typename... Arguments> void EmplaceInNewBlock(Arguments&&... arguments) {
+    template <typename... Arguments>
+    void EmplaceInNewBlock(Arguments&&... arguments) {
         size_type const count = NextCapacity();
         T* const block = AllocateFor(count);
         try {

@@ -41,9 +41,11 @@
 /// A build with OMTREE_CHECK_HANDLES=1 gives every children vector an epoch, lets handles remember it, and reports a
 /// stale handle ("handle is not stale") at its first use.
 ///
-/// REQUIRES of T: copyable; when T can be made from (T const&, OmMemoryRegion*), copies below the root are made that way.
-template <typename T> class OmVectorTree {
-  public:
+/// REQUIRES of T: copyable; when T can be made from (T const&, OmMemoryRegion*), copies below the root are made that
+/// way.
+template <typename T>
+class OmVectorTree {
+public:
     struct TreeNode;
     class Node;
     class ConstNode;
@@ -113,7 +115,8 @@ template <typename T> class OmVectorTree {
     /// `reference` is null or no child equals it. Equal siblings are never told apart. Follow with `Reparent`.
     static void InsertBefore(Node const& parent, Subtree subtree, T const* reference);
 
-    /// Moves the subtree in before position `position` of parent's children (0 to their number). Follow with `Reparent`.
+    /// Moves the subtree in before position `position` of parent's children (0 to their number). Follow with
+    /// `Reparent`.
     static void InsertAt(Node const& parent, Subtree subtree, std::size_t position);
 
     /// Destroys child number `position` with its whole subtree and closes the gap by a plain memory move. The moved
@@ -139,15 +142,17 @@ template <typename T> class OmVectorTree {
 
     /// Calls `enter(ConstNode)` for `start` and its descendants in pre-order; a node for which it returns false is not
     /// descended into. Uses child order only, never parent pointers.
-    template <typename Enter> static void WalkPreOrder(ConstNode const& start, Enter&& enter);
+    template <typename Enter>
+    static void WalkPreOrder(ConstNode const& start, Enter&& enter);
 
-  private:
+private:
     TreeNode _root;
 };
 
 /// Read-only handle: node pointer and depth (0 for the root). A default-made handle is null.
-template <typename T> class OmVectorTree<T>::ConstNode {
-  public:
+template <typename T>
+class OmVectorTree<T>::ConstNode {
+public:
     ConstNode() = default;
     ConstNode(TreeNode const* node, unsigned int depth) : _node(node), _depth(depth) {}
 
@@ -175,7 +180,7 @@ template <typename T> class OmVectorTree<T>::ConstNode {
     friend bool operator==(ConstNode const& a, ConstNode const& b) { return a._node == b._node; }
     friend bool operator!=(ConstNode const& a, ConstNode const& b) { return a._node != b._node; }
 
-  private:
+private:
     friend class Node;
 
     ConstNode Below(TreeNode const* child) const {
@@ -205,8 +210,9 @@ template <typename T> class OmVectorTree<T>::ConstNode {
 };
 
 /// Steps over the children of one node as handles.
-template <typename T> class OmVectorTree<T>::ConstNode::Iterator {
-  public:
+template <typename T>
+class OmVectorTree<T>::ConstNode::Iterator {
+public:
     using iterator_category = std::input_iterator_tag;
     using value_type = ConstNode;
     using difference_type = std::ptrdiff_t;
@@ -222,14 +228,15 @@ template <typename T> class OmVectorTree<T>::ConstNode::Iterator {
     friend bool operator==(Iterator const& a, Iterator const& b) { return a._position == b._position; }
     friend bool operator!=(Iterator const& a, Iterator const& b) { return a._position != b._position; }
 
-  private:
+private:
     ConstNode _parent;
     std::size_t _position;
 };
 
 /// Handle that gives write access to the value. Converts to a ConstNode.
-template <typename T> class OmVectorTree<T>::Node {
-  public:
+template <typename T>
+class OmVectorTree<T>::Node {
+public:
     Node() = default;
     Node(TreeNode* node, unsigned int depth) : _handle(node, depth) {}
 
@@ -246,7 +253,7 @@ template <typename T> class OmVectorTree<T>::Node {
     friend bool operator==(Node const& a, Node const& b) { return a._handle == b._handle; }
     friend bool operator!=(Node const& a, Node const& b) { return a._handle != b._handle; }
 
-  private:
+private:
     // Only handles that came from a writable node are turned back into one.
     explicit Node(ConstNode const& handle) : _handle(handle) {}
 
@@ -254,8 +261,9 @@ template <typename T> class OmVectorTree<T>::Node {
 };
 
 /// A subtree that stands in no tree yet, owned by this object until an insertion takes it. Move-only.
-template <typename T> class OmVectorTree<T>::Subtree {
-  public:
+template <typename T>
+class OmVectorTree<T>::Subtree {
+public:
     /// A single node whose value is made from `arguments`, in `region` (the default heap when null).
     template <typename... Arguments>
     Subtree(OmMemoryRegion* region, TreeNode* parent, Arguments&&... arguments) {
@@ -281,7 +289,7 @@ template <typename T> class OmVectorTree<T>::Subtree {
 
     TreeNode* Ptr() const { return _node; }
 
-  private:
+private:
     friend class OmVectorTree;
 
     // The node's bytes moved into a children vector: only the block is left.
@@ -290,7 +298,8 @@ template <typename T> class OmVectorTree<T>::Subtree {
     TreeNode* _node = nullptr;
 };
 
-template <typename T> void OmVectorTree<T>::TreeNode::DestroyChildren() {
+template <typename T>
+void OmVectorTree<T>::TreeNode::DestroyChildren() {
     if (children.empty()) {
         return;
     }
@@ -352,12 +361,14 @@ void OmVectorTree<T>::InsertAt(Node const& parent, Subtree subtree, std::size_t 
     parent.Ptr()->ChildrenChanged();
 }
 
-template <typename T> void OmVectorTree<T>::EraseChild(Node const& parent, std::size_t position) {
+template <typename T>
+void OmVectorTree<T>::EraseChild(Node const& parent, std::size_t position) {
     parent.Ptr()->children.erase(position);
     parent.Ptr()->ChildrenChanged();
 }
 
-template <typename T> unsigned int OmVectorTree<T>::ChildPosition(ConstNode const& parent, T const& value) {
+template <typename T>
+unsigned int OmVectorTree<T>::ChildPosition(ConstNode const& parent, T const& value) {
     OmVector<TreeNode> const& children = parent.Ptr()->children;
     for (std::size_t k = 0; k < children.size(); ++k) {
         if (children[k].value == value) {
@@ -399,7 +410,8 @@ typename OmVectorTree<T>::Subtree OmVectorTree<T>::CopySubtree(ConstNode const& 
     return copy;
 }
 
-template <typename T> void OmVectorTree<T>::Reparent(Node const& node, bool recursive) {
+template <typename T>
+void OmVectorTree<T>::Reparent(Node const& node, bool recursive) {
     std::vector<TreeNode*> pending{node.Ptr()};
     while (!pending.empty()) {
         TreeNode* const above = pending.back();
