@@ -29,7 +29,7 @@ tidy:
 	cmake --build --preset tidy -j $(JOBS)
 
 format-check:
-	tools/setup.sh clang-format
+	tools/setup.sh git clang-format
 	tools/format-check.sh
 
 setup:
