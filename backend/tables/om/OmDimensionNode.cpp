@@ -1,0 +1,103 @@
+#include "backend/tables/om/OmDimensionNode.h"
+
+#include "omcell/OmCellText.h"
+
+#include <cstdint>
+#include <iostream>
+#include <utility>
+
+// Constructors that can fail half way delegate to the plain one first, so that the destructor cleans up.
+
+OmDimensionNode::OmDimensionNode(OmMemoryRegion* region) : _childIndex(region) {}
+
+OmDimensionNode::OmDimensionNode(OmCellText const& text, unsigned long long subscript, bool isGroup,
+                                 OmMemoryRegion* region)
+    : OmDimensionNode(region) {
+    _text = text.Clone(region);
+    _subscript = subscript;
+    _isGroup = isGroup;
+}
+
+OmDimensionNode::OmDimensionNode(OmDimensionNode const& other, OmMemoryRegion* region) : OmDimensionNode(region) {
+    if (other._text != nullptr) {
+        _text = other._text->Clone(region);
+    }
+    CopyPlainFields(other);
+}
+
+OmDimensionNode::OmDimensionNode(OmDimensionNode const& other) : OmDimensionNode(other, other.Region()) {}
+
+OmDimensionNode& OmDimensionNode::operator=(OmDimensionNode const& other) {
+    if (_text != other._text) {
+        delete _text;
+        _text = std::exchange(other._text, nullptr);
+    }
+    CopyPlainFields(other);
+    return *this;
+}
+
+OmDimensionNode::~OmDimensionNode() {
+    _childIndex.Free();
+    delete _text;
+}
+
+void OmDimensionNode::CopyPlainFields(OmDimensionNode const& other) {
+    _subscript = other._subscript;
+    _childIndex = other._childIndex;
+    _sort = other._sort;
+    _isGroup = other._isGroup;
+    _hide = other._hide;
+    _hideLabels = other._hideLabels;
+}
+
+void OmDimensionNode::Text(OmCellText const& text) {
+    OmCellText* const clone = text.Clone(Region());
+    if (clone != _text) {
+        delete _text;
+        _text = clone;
+    }
+}
+
+bool operator<(OmDimensionNode const& a, OmDimensionNode const& b) {
+    if (a._isGroup != b._isGroup) {
+        return a._isGroup;
+    }
+    if (a._text == nullptr || b._text == nullptr) {
+        return a._text == nullptr && b._text != nullptr;
+    }
+    return a._text->Compare(*b._text) < 0;
+}
+
+bool operator==(OmDimensionNode const& a, OmDimensionNode const& b) {
+    if (a._isGroup != b._isGroup || a._subscript != b._subscript) {
+        return false;
+    }
+    if (a._text == nullptr || b._text == nullptr) {
+        return a._text == b._text;
+    }
+    return OmCellText::Equal(*a._text, *b._text);
+}
+
+void OmDimensionNode::Print(unsigned int indent) const {
+    auto const yesOrNo = [](bool flag) { return flag ? "yes" : "no"; };
+    for (unsigned int i = 0; i < indent; ++i) {
+        std::cout << "  ";
+    }
+    std::cout << "Subscript: " << static_cast<std::int32_t>(_subscript) << ", Group: " << yesOrNo(_isGroup)
+              << ", hide: " << yesOrNo(_hide) << ", hideLabels: " << yesOrNo(_hideLabels);
+    if (_sort == OmSort::Up) {
+        std::cout << ", Sort: up";
+    } else if (_sort == OmSort::Down) {
+        std::cout << ", Sort: down";
+    }
+    char const* before = ", Children: ";
+    for (int const entry : _childIndex) {
+        std::cout << before << entry;
+        before = ", ";
+    }
+    if (_text != nullptr) {
+        std::cout << ", Text: ";
+        _text->Print(0);
+    }
+    std::cout << std::endl;
+}
