@@ -1,0 +1,66 @@
+#ifndef OMTREE_BACKEND_TABLES_OM_OMFOOTNOTE_H
+#define OMTREE_BACKEND_TABLES_OM_OMFOOTNOTE_H
+
+#include "backend/tables/Export.h"
+
+#include <cstdint>
+
+class OmCellText;
+class OmMemoryRegion;
+
+/// One footnote of a table or heading.
+///
+///     +--------+------+--------+-------+
+///     | region | text | marker | count |
+///     +--------+------+--------+-------+
+///
+/// Text and marker are clones in the record's region, which the record does not own and which outlives it; the record
+/// owns them. The count says how many references were made; a caller may hand in a negative one.
+class OMTREE_API OmFootnote {
+public:
+    /// No text, no marker, count 0. A null region means the default heap.
+    explicit OmFootnote(OmMemoryRegion* region = nullptr);
+
+    /// A clone of `text`, no marker.
+    explicit OmFootnote(OmCellText const& text, OmMemoryRegion* region = nullptr);
+
+    /// A clone of `text` and, unless it is null, of `marker`.
+    OmFootnote(OmCellText const& text, OmCellText const* marker, int count, OmMemoryRegion* region = nullptr);
+
+    /// A deep copy in the source's own region.
+    OmFootnote(OmFootnote const& other);
+    /// A deep copy in `region` (the default heap when null).
+    OmFootnote(OmFootnote const& other, OmMemoryRegion* region);
+    /// Deep; the own region stays. The new texts are cloned before the old ones are destroyed.
+    OmFootnote& operator=(OmFootnote const& other);
+    ~OmFootnote();
+
+    /// Null until set.
+    OmCellText* Text() { return _text; }
+    OmCellText const* Text() const { return _text; }
+    /// Clones `text` into the record's region, then destroys the old one.
+    void Text(OmCellText const& text);
+
+    /// Null when there is none.
+    OmCellText* Marker() { return _marker; }
+    OmCellText const* Marker() const { return _marker; }
+    /// Clones `marker` into the record's region, then destroys the old one; null takes the marker away.
+    void Marker(OmCellText const* marker);
+
+    int Count() const { return _count; }
+    void Count(int count) { _count = count; }
+
+    OmMemoryRegion* Region() const { return _region; }
+
+    /// The same footnote: equal texts, `a`'s being the one asked. Markers and counts play no part.
+    friend OMTREE_API bool operator==(OmFootnote const& a, OmFootnote const& b);
+    friend bool operator!=(OmFootnote const& a, OmFootnote const& b) { return !(a == b); }
+
+private:
+    OmMemoryRegion* _region;
+    OmCellText* _text = nullptr;
+    OmCellText* _marker = nullptr;
+    std::int32_t _count = 0;
+};
+
+#endif
