@@ -1,0 +1,328 @@
+#include "backend/tables/om/OmPivotTable.h"
+
+#include "backend/tables/Assert.h"
+#include "backend/tables/om/OMSException.h"
+#include "backend/tables/om/OmDimension.h"
+#include "backend/tables/om/detail/CellCursor.h"
+#include "backend/tables/om/detail/PivotTableData.h"
+#include "omcell/OmCellText.h"
+
+#include <algorithm>
+#include <cstdlib>
+#include <iostream>
+#include <limits>
+#include <memory>
+
+namespace {
+
+constexpr char Source[] = "backend/tables/om/OmPivotTable";
+
+/// Refuses a dimension number outside the table; the two texts name the asking member.
+void CheckWhich(int which, std::size_t dimensions, char const* negative, char const* pastEnd) {
+    if (which < 0) {
+        throw OMSException(negative, which);
+    }
+    if (static_cast<std::size_t>(which) >= dimensions) {
+        throw OMSException(pastEnd, which, static_cast<double>(dimensions));
+    }
+}
+
+} // namespace
+
+OmPivotTable::OmPivotTable(OmCellText const& title, OmCellText const& templateName, bool hasSplits)
+    : OmOutputPart(title), _my(new Data(templateName, hasSplits)) {}
+
+OmPivotTable::~OmPivotTable() { delete _my; }
+
+void OmPivotTable::Accept(OmOutputPart::Visitor& visitor) { visitor.Visit(*this); }
+
+bool OmPivotTable::HasSplits() const { return _my->hasSplits; }
+
+bool OmPivotTable::IsWarnings() const { return _my->isWarnings; }
+
+bool OmPivotTable::IsNotes() const { return _my->isNotes; }
+
+// --- dimensions
+// --------------------------------------------------------------------------------------------------------
+
+OmDimension& OmPivotTable::AddDimension(OmCellText const& name) {
+    OmDimensionNode const root(name, OmDimensionNode::NoSubscript, true, nullptr);
+    return _my->Append(_my->NewDimension(root));
+}
+
+OmDimension& OmPivotTable::AddDimension(OmDimension const& other) { return _my->Append(_my->NewDimension(other)); }
+
+int OmPivotTable::FindDimension(OmCellText const& name) const {
+    for (std::size_t k = 0; k < NDimensions(); ++k) {
+        if (OmCellText::Equal(_my->_dimensions[k]->Name(), name)) {
+            return static_cast<int>(k);
+        }
+    }
+    return -1;
+}
+
+OmDimension& OmPivotTable::Dimension(int which) {
+    CheckWhich(which, NDimensions(), "OmPivotTable::Dimension() -- which < 0",
+               "OmPivotTable::Dimension() -- which < NDimensions()");
+    return *_my->_dimensions[static_cast<std::size_t>(which)];
+}
+
+OmDimension const& OmPivotTable::Dimension(int which) const {
+    return const_cast<OmPivotTable*>(this)->Dimension(which);
+}
+
+std::size_t OmPivotTable::NDimensions() const { return _my->_dimensions.size(); }
+
+std::size_t OmPivotTable::Size(int which) const {
+    CheckWhich(which, NDimensions(), "OmPivotTable::Size() -- which < 0",
+               "OmPivotTable::Size() -- which < NDimensions()");
+    return static_cast<std::size_t>(std::max(0, _my->_dimensions[static_cast<std::size_t>(which)]->NumCategories()));
+}
+
+std::vector<int> OmPivotTable::SizeVector() const {
+    std::vector<int> sizes;
+    sizes.reserve(NDimensions());
+    for (OmDimension const* const dimension : _my->_dimensions) {
+        sizes.push_back(dimension->NumCategories());
+    }
+    return sizes;
+}
+
+void OmPivotTable::CopyDimensions(OmPivotTable const& source) {
+    if (NDimensions() != 0) {
+        throw OMSException("OmPivotTable::CopyDimensions() -- _my->_dimensions.size() != 0",
+                           static_cast<double>(NDimensions()));
+    }
+    for (OmDimension const* const dimension : source._my->_dimensions) {
+        _my->Adopt(_my->NewDimension(*dimension));
+    }
+}
+
+// --- axes
+// --------------------------------------------------------------------------------------------------------------
+
+PuppetVector<short>& OmPivotTable::Rows() { return _my->rows; }
+
+PuppetVector<short> const& OmPivotTable::Rows() const { return _my->rows; }
+
+PuppetVector<short>& OmPivotTable::Columns() { return _my->columns; }
+
+PuppetVector<short> const& OmPivotTable::Columns() const { return _my->columns; }
+
+PuppetVector<short>& OmPivotTable::Layers() { return _my->layers; }
+
+PuppetVector<short> const& OmPivotTable::Layers() const { return _my->layers; }
+
+void OmPivotTable::EndTable() { _my->ReindexAxis(); }
+
+// --- cells
+// -------------------------------------------------------------------------------------------------------------
+
+OmCellText const* OmPivotTable::Cell(std::vector<int> const& index) const { return _my->Find(index); }
+
+OmCellText* OmPivotTable::Cell(std::vector<int> const& index) { return _my->Find(index); }
+
+bool OmPivotTable::Cell(std::vector<int> const& index, OmCellText const* cell) {
+    std::int32_t const before = _my->cellCount;
+    if (before < std::numeric_limits<std::int32_t>::max()) {
+        ++_my->cellCount;
+    }
+    if (before > _my->backendSettings.getMaxCells()) {
+        Scratch(true);
+        return false;
+    }
+    _my->Store(index, cell);
+    return true;
+}
+
+bool OmPivotTable::Cell(std::vector<int> const& index, OmCellText const& cell) { return Cell(index, &cell); }
+
+void OmPivotTable::deleteCell(std::vector<int> const& index) { _my->Remove(index); }
+
+long OmPivotTable::getNumCells() const { return _my->cellCount; }
+
+void OmPivotTable::Scratch(bool scratched) { _my->scratched = scratched; }
+
+bool OmPivotTable::IsScratched() const { return _my->scratched; }
+
+OmPivotTable::Iterator OmPivotTable::FirstCell() {
+    auto data = std::make_unique<Iterator::Data>();
+    for (OmDimension const* const dimension : _my->_dimensions) {
+        data->levels.push_back({0, static_cast<std::size_t>(std::max(0, dimension->NumCategories())), nullptr});
+    }
+    if (_my->cellRoot != nullptr) {
+        data->levels.back().node = _my->cellRoot;
+        data->Seek(data->levels.size() - 1, 0);
+    }
+    return Iterator(data.release());
+}
+
+OmPivotTable::ConstIterator OmPivotTable::FirstCell() const { return const_cast<OmPivotTable*>(this)->FirstCell(); }
+
+// --- texts
+// -------------------------------------------------------------------------------------------------------------
+
+OmCellText* OmPivotTable::CornerText() { return _my->cornerText; }
+
+OmCellText const* OmPivotTable::CornerText() const { return _my->cornerText; }
+
+void OmPivotTable::CornerText(OmCellText const* text) { _my->ReplaceText(_my->cornerText, text); }
+
+OmCellText* OmPivotTable::Caption() { return _my->caption; }
+
+OmCellText const* OmPivotTable::Caption() const { return _my->caption; }
+
+void OmPivotTable::Caption(OmCellText const* text) { _my->ReplaceText(_my->caption, text); }
+
+OmCellText const* OmPivotTable::GetTableTitle() const { return _my->tableTitle; }
+
+OmCellText& OmPivotTable::TableTitle() {
+    if (!OM_HARDENED(_my->tableTitle != nullptr, "_my->_tableTitle != 0", Source, __LINE__)) {
+        std::abort();
+    }
+    return *_my->tableTitle;
+}
+
+void OmPivotTable::SetTableTitle(OmCellText const& title) { _my->ReplaceText(_my->tableTitle, &title); }
+
+OmCellText* OmPivotTable::TemplateName() { return _my->templateName; }
+
+OmCellText const* OmPivotTable::TemplateName() const { return _my->templateName; }
+
+// --- footnotes
+// ---------------------------------------------------------------------------------------------------------
+
+int OmPivotTable::Footnote(OmFootnote const& note, bool alwaysNew) {
+    OmVector<OmFootnote>& footnotes = _my->footnotes;
+    std::size_t const position = alwaysNew ? footnotes.size() : _my->FindFootnote(note);
+    if (position < footnotes.size()) {
+        OmFootnote& found = footnotes[position];
+        _my->TakeMarker(found, note.Marker());
+        found.Count(found.Count() + 1);
+    } else {
+        _my->AppendFootnote(note);
+    }
+    return static_cast<int>(position);
+}
+
+OmVector<OmFootnote>& OmPivotTable::Footnotes() { return _my->footnotes; }
+
+OmVector<OmFootnote> const& OmPivotTable::Footnotes() const { return _my->footnotes; }
+
+void OmPivotTable::RemovedFootnotes(bool removed) { _my->removedFootnotes = removed; }
+
+bool OmPivotTable::HasRemovedFootnotes() const { return _my->removedFootnotes; }
+
+void OmPivotTable::setHasMarkers() { _my->hasMarkers = true; }
+
+bool OmPivotTable::hasMarkers() const { return _my->hasMarkers; }
+
+// --- format areas
+// ------------------------------------------------------------------------------------------------------
+
+void OmPivotTable::setAreaFormat(FormatArea* format) {
+    if (format == nullptr) {
+        return;
+    }
+    FormatArea* const current = getAreaFormat(format->getArea());
+    if (!OM_HARDENED(current != format, "format != getAreaFormat(format->getArea())", Source, __LINE__)) {
+        return;
+    }
+    _my->areaFormats[format->getArea()] = format;
+    delete current;
+}
+
+FormatArea* OmPivotTable::getAreaFormat(FormatArea::Area area) const {
+    if (area > FormatArea::Table) {
+        return nullptr;
+    }
+    auto const stored = _my->areaFormats.find(area);
+    return stored != _my->areaFormats.end() ? stored->second : nullptr;
+}
+
+// --- settings and text conversion
+// --------------------------------------------------------------------------------------
+
+void OmPivotTable::setBackendSettings(BackendSettings const& settings) {
+    _my->backendSettings = settings;
+    _my->fastTable = _my->backendSettings.getFastTables();
+    if (!_my->fastTable) {
+        return;
+    }
+    if (_my->tracker == nullptr) {
+        _my->MakeTracker();
+        setHelper(*Title());
+        setHelper(*_my->templateName);
+        if (_my->tableTitle != nullptr) {
+            setHelper(*_my->tableTitle);
+        }
+        _my->TrackDimensions();
+        _my->TrackFootnotes();
+    }
+    if (_my->u8Tracker == nullptr) {
+        _my->MakeU8Tracker();
+    }
+}
+
+BackendSettings& OmPivotTable::getBackendSettings() const { return _my->backendSettings; }
+
+icuTracker* OmPivotTable::getICUTracker() const { return _my->tracker; }
+
+icuTracker* OmPivotTable::getU8Tracker() const { return _my->u8Tracker; }
+
+void OmPivotTable::setHelper(OmCellText& text) { text.Accept(_my->helper); }
+
+// --- dumps
+// -------------------------------------------------------------------------------------------------------------
+
+void OmPivotTable::Print() const {
+    if (!OM_HARDENED(_my->tableTitle != nullptr, "_my->_tableTitle != 0", Source, __LINE__)) {
+        return;
+    }
+    std::cout << "Starting table " << _my->tableTitle->AsString() << '\n';
+    for (OmDimension const* const dimension : _my->_dimensions) {
+        OmDimension::Tree::WalkPreOrder(dimension->Root(), [](OmDimension::ConstNode const& node) {
+            node.Value().Print(node.Depth());
+            return true;
+        });
+    }
+    std::cout << "Cells\n";
+    for (ConstIterator cell = FirstCell(); cell.Cell() != nullptr; ++cell) {
+        std::cout << cell.Cell()->AsString() << '\n';
+    }
+    if (_my->cornerText != nullptr) {
+        std::cout << "  Corner Text: " << _my->cornerText->AsString() << '\n';
+    }
+    if (_my->caption != nullptr) {
+        std::cout << "  Caption: " << _my->caption->AsString() << '\n';
+    }
+    if (!_my->footnotes.empty()) {
+        std::cout << "  Footnotes\n";
+        for (OmFootnote const& footnote : _my->footnotes) {
+            std::cout << "      " << (footnote.Text() != nullptr ? footnote.Text()->AsString() : std::string()) << '\n';
+        }
+    }
+    std::cout << "Done with table " << _my->tableTitle->AsString() << std::endl;
+}
+
+void OmPivotTable::PrintCells() const { PrintCells(_my->cellRoot, 0, 0); }
+
+void OmPivotTable::PrintCells(void const* entry, std::size_t level, std::size_t index) const {
+    for (std::size_t i = 0; i < level; ++i) {
+        std::cout << "    [" << index << "] ";
+    }
+    if (level >= NDimensions()) {
+        OmCellText const* const cell = static_cast<OmCellText const*>(entry);
+        std::cout << entry;
+        if (cell != nullptr) {
+            std::cout << " - " << cell->AsString();
+        }
+        std::cout << '\n';
+        return;
+    }
+    std::cout << entry << '\n';
+    PointerVector const* const node = static_cast<PointerVector const*>(entry);
+    for (std::size_t i = 0; node != nullptr && i < node->Length(); ++i) {
+        PrintCells(node->Entry(i), level + 1, i);
+    }
+}

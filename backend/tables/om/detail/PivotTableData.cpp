@@ -1,0 +1,286 @@
+#include "backend/tables/om/detail/PivotTableData.h"
+
+#include "backend/tables/Assert.h"
+#include "backend/tables/om/OMSException.h"
+#include "omcell/OmCellText.h"
+
+#include <algorithm>
+#include <memory>
+
+namespace {
+
+constexpr char Source[] = "backend/tables/om/OmPivotTable";
+
+std::size_t Unsigned(int subscript) { return static_cast<std::size_t>(subscript); }
+
+void RemoveGaps(PuppetVector<short>& axis) {
+    axis.erase(std::remove(axis.begin(), axis.end(), static_cast<short>(-1)), axis.end());
+}
+
+} // namespace
+
+OmPivotTable::Data::Data(OmCellText const& itsTemplateName, bool itHasSplits)
+    : OmMemoryRegion(false), footnotes(this), hasSplits(itHasSplits), rows(-1), columns(-1), layers(-1) {
+    templateName = itsTemplateName.Clone(this);
+    std::string const name = templateName->AsString();
+    isWarnings = name == "Warnings";
+    isNotes = name == "Notes";
+}
+
+OmPivotTable::Data::~Data() {
+    WorkingRelease(false);
+    delete cornerText;
+    delete caption;
+    delete tableTitle;
+    delete templateName;
+    footnotes.Free();
+    for (OmDimension* const dimension : _dimensions) {
+        DestroyDimension(dimension);
+    }
+    for (auto const& format : areaFormats) {
+        delete format.second;
+    }
+    if (tracker != u8Tracker) {
+        delete tracker;
+    }
+    delete u8Tracker;
+}
+
+void OmPivotTable::Data::ReplaceText(OmCellText*& held, OmCellText const* text) {
+    delete held;
+    held = nullptr;
+    if (text != nullptr) {
+        held = text->Clone(this);
+        held->Accept(helper);
+    }
+}
+
+void OmPivotTable::Data::DestroyDimension(OmDimension* dimension) {
+    dimension->~OmDimension();
+    Release(dimension);
+}
+
+void OmPivotTable::Data::Adopt(OmDimension* dimension) {
+    try {
+        if (_dimensions.size() == _dimensions.capacity()) {
+            _dimensions.reserve(std::max<std::size_t>(4, 2 * _dimensions.size()));
+        }
+        WidenStore();
+    } catch (...) {
+        DestroyDimension(dimension);
+        throw;
+    }
+    _dimensions.push_back(dimension);
+}
+
+OmDimension& OmPivotTable::Data::Append(OmDimension* dimension) {
+    Adopt(dimension);
+    dimension->Index(static_cast<int>(_dimensions.size()) - 1);
+    dimension->Name().Accept(helper);
+    return *dimension;
+}
+
+// --- cell store
+// --------------------------------------------------------------------------------------------------------
+
+void OmPivotTable::Data::WidenStore() {
+    if (cellRoot == nullptr) {
+        return;
+    }
+    PointerVector* const root = PointerVector::Make(this);
+    root->Grow(0);
+    root->Entry(0, cellRoot);
+    cellRoot = root;
+}
+
+void OmPivotTable::Data::CheckIndex(std::vector<int> const& index) const {
+    if (index.size() != _dimensions.size()) {
+        throw OMSException("OmPivotTable::Cell() -- nind != _my->_dimensions.size()", static_cast<double>(index.size()),
+                           static_cast<double>(_dimensions.size()));
+    }
+    for (int const subscript : index) {
+        if (subscript < 0) {
+            throw OMSException("OmPivotTable::Cell() -- subscript < 0", subscript);
+        }
+    }
+}
+
+OmCellText* OmPivotTable::Data::Find(std::vector<int> const& index) const {
+    CheckIndex(index);
+    if (index.empty()) {
+        return nullptr;
+    }
+    PointerVector const* node = cellRoot;
+    for (std::size_t k = index.size() - 1; k > 0 && node != nullptr; --k) {
+        node = static_cast<PointerVector const*>(node->EntryOrNull(Unsigned(index[k])));
+    }
+    return node != nullptr ? static_cast<OmCellText*>(node->EntryOrNull(Unsigned(index[0]))) : nullptr;
+}
+
+OmPivotTable::PointerVector* OmPivotTable::Data::GrowPath(std::vector<int> const& index) {
+    if (cellRoot == nullptr) {
+        cellRoot = PointerVector::Make(this);
+    }
+    PointerVector* node = cellRoot;
+    for (std::size_t k = index.size() - 1; k > 0; --k) {
+        std::size_t const i = Unsigned(index[k]);
+        node->Grow(i);
+        if (node->Entry(i) == nullptr) {
+            node->Entry(i, PointerVector::Make(this));
+        }
+        node = static_cast<PointerVector*>(node->Entry(i));
+    }
+    node->Grow(Unsigned(index[0]));
+    return node;
+}
+
+void OmPivotTable::Data::Store(std::vector<int> const& index, OmCellText const* cell) {
+    if (_dimensions.empty()) {
+        throw OMSException("OmPivotTable::Cell() -- nind != _my->_dimensions.size()", static_cast<double>(index.size()),
+                           0.0);
+    }
+    CheckIndex(index);
+    PointerVector* const leaf = GrowPath(index);
+    std::size_t const i = Unsigned(index[0]);
+    OmCellText* const old = static_cast<OmCellText*>(leaf->Entry(i));
+
+    std::unique_ptr<OmCellMetaData> saved;
+    if (old != nullptr && old->hasMeta()) {
+        saved = std::make_unique<OmCellMetaData>(*old->getMeta());
+    }
+    // The slot is empty while the old text goes and the new one comes, so that a failing clone leaves no dead pointer.
+    // A cell that is stored into its own place is the one case that is cloned before.
+    OmCellText* clone = cell != nullptr && cell == old ? cell->Clone(this) : nullptr;
+    leaf->Entry(i, nullptr);
+    delete old;
+    if (cell == nullptr) {
+        return;
+    }
+    if (clone == nullptr) {
+        clone = cell->Clone(this);
+    }
+    leaf->Entry(i, clone);
+    clone->Accept(helper);
+    if (saved != nullptr) {
+        clone->setMeta(saved.get());
+    }
+}
+
+void OmPivotTable::Data::Remove(std::vector<int> const& index) {
+    if (cellRoot == nullptr ||
+        !OM_HARDENED(index.size() == _dimensions.size(), "nind == _my->_dimensions.size()", Source, __LINE__)) {
+        return;
+    }
+    std::vector<PointerVector*> path{cellRoot}; // nodes from the root to the leaf
+    for (std::size_t k = index.size(); k > 0; --k) {
+        PointerVector* const node = path.back();
+        if (!OM_HARDENED(index[k - 1] >= 0 && Unsigned(index[k - 1]) < node->Length(), "subscript < node length",
+                         Source, __LINE__)) {
+            return;
+        }
+        if (k > 1) {
+            path.push_back(static_cast<PointerVector*>(node->Entry(Unsigned(index[k - 1]))));
+            if (path.back() == nullptr) {
+                return;
+            }
+        }
+    }
+    std::size_t const i = Unsigned(index[0]);
+    OmCellText* const cell = static_cast<OmCellText*>(path.back()->Entry(i));
+    path.back()->Entry(i, nullptr);
+    delete cell;
+    for (std::size_t k = 1; path.size() > 1 && path.back()->AllNull(); ++k) {
+        PointerVector::Destroy(path.back());
+        path.pop_back();
+        path.back()->Entry(Unsigned(index[k]), nullptr);
+    }
+}
+
+// --- axes
+// --------------------------------------------------------------------------------------------------------------
+
+void OmPivotTable::Data::ReindexAxis() {
+    std::size_t const ndim = _dimensions.size();
+    auto const count = [this] { return layers.size() + columns.size() + rows.size(); };
+    if (count() != ndim) {
+        RemoveGaps(layers);
+        RemoveGaps(columns);
+        RemoveGaps(rows);
+    }
+    if (count() != ndim) {
+        throw OMSException("OmPivotTable::Data::ReindexAxis() -- ndim != nCount", static_cast<double>(ndim),
+                           static_cast<double>(count()));
+    }
+}
+
+// --- footnotes
+// ---------------------------------------------------------------------------------------------------------
+
+std::size_t OmPivotTable::Data::FindFootnote(OmFootnote const& note) const {
+    std::size_t position = 0;
+    while (position < footnotes.size() && !(footnotes[position] == note)) {
+        ++position;
+    }
+    return position;
+}
+
+void OmPivotTable::Data::TakeMarker(OmFootnote& footnote, OmCellText const* marker) {
+    if (marker != nullptr) {
+        footnote.Marker(marker);
+        footnote.Marker()->Accept(helper);
+    }
+}
+
+void OmPivotTable::Data::AppendFootnote(OmFootnote const& note) {
+    // The note may be one of the table's own, which the append relocates; its texts stay where they are.
+    OmCellText const* const text = note.Text();
+    OmCellText const* const marker = note.Marker();
+    int const count = note.Count();
+    OmFootnote& added = footnotes.emplace_back(this);
+    try {
+        if (text != nullptr) {
+            added.Text(*text);
+            added.Text()->Accept(helper);
+        }
+        TakeMarker(added, marker);
+    } catch (...) {
+        footnotes.erase(footnotes.size() - 1);
+        throw;
+    }
+    added.Count(count < 0 ? count : added.Count() + 1);
+}
+
+// --- trackers
+// ----------------------------------------------------------------------------------------------------------
+
+void OmPivotTable::Data::MakeTracker() {
+    tracker = new icuTracker({backendSettings.getUnicode(), backendSettings.getLocale()});
+    helper.tracker = tracker;
+}
+
+void OmPivotTable::Data::MakeU8Tracker() {
+    u8Tracker = backendSettings.getUnicode() ? tracker : new icuTracker({true, backendSettings.getLocale()});
+}
+
+void OmPivotTable::Data::TrackDimensions() {
+    for (OmDimension* const dimension : _dimensions) {
+        OmDimension::Tree::WalkPreOrder(dimension->Root(), [this](OmDimension::ConstNode const& node) {
+            OmCellText const* const label = node.Value().Text();
+            if (label != nullptr) {
+                const_cast<OmCellText*>(label)->SetTracker(tracker);
+            }
+            return true;
+        });
+    }
+}
+
+void OmPivotTable::Data::TrackFootnotes() {
+    for (OmFootnote& footnote : footnotes) {
+        if (footnote.Text() != nullptr) {
+            footnote.Text()->SetTracker(tracker);
+        }
+        if (footnote.Marker() != nullptr) {
+            footnote.Marker()->SetTracker(tracker);
+        }
+    }
+}

@@ -1,0 +1,126 @@
+#ifndef OMTREE_BACKEND_TABLES_OM_DETAIL_PIVOTTABLEDATA_H
+#define OMTREE_BACKEND_TABLES_OM_DETAIL_PIVOTTABLEDATA_H
+
+#include "backend/tables/PuppetVector.h"
+#include "backend/tables/om/OmDimension.h"
+#include "backend/tables/om/OmPivotTable.h"
+#include "backend/tables/om/detail/ICUHelper.h"
+#include "backend/tables/om/detail/PointerVector.h"
+#include "omcell/OmMemoryRegion.h"
+#include "platform/BackendSettings.h"
+#include "platform/icuTracker.h"
+
+#include <cstddef>
+#include <cstdint>
+#include <map>
+#include <new>
+#include <string>
+#include <vector>
+
+/// A table's private record, which is also the region that everything inside the table lives in.
+///
+/// At the end the region is swept first, so that cells and nodes cost nothing one by one; then the texts, footnotes and
+/// dimensions are destroyed, whose storage stays readable until the region itself goes.
+class OmPivotTable::Data : public OmMemoryRegion {
+public:
+    Data(OmCellText const& itsTemplateName, bool itHasSplits);
+    ~Data();
+
+    /// Destroys the held text, then puts a clone of `text` (nothing when null) in its place and visits it.
+    void ReplaceText(OmCellText*& held, OmCellText const* text);
+
+    /// A dimension in this region, made from a root value or as a copy of another dimension; not in the table yet.
+    template <typename Source>
+    OmDimension* NewDimension(Source const& source) {
+        void* const place = Allocate(sizeof(OmDimension));
+        try {
+            return ::new (place) OmDimension(source, this);
+        } catch (...) {
+            Release(place);
+            throw;
+        }
+    }
+    static void DestroyDimension(OmDimension* dimension);
+
+    /// Widens the store and makes the dimension the table's last one. Owns it from here, also when this throws.
+    void Adopt(OmDimension* dimension);
+    /// Adopts it, records its number in it and visits its name.
+    OmDimension& Append(OmDimension* dimension);
+
+    /// Puts a new root above the old one, for a dimension about to be added.
+    void WidenStore();
+
+    void CheckIndex(std::vector<int> const& index) const;
+    OmCellText* Find(std::vector<int> const& index) const;
+
+    /// The leaf for an index, and on the way every node of its path, made where there was none, grown to hold it.
+    PointerVector* GrowPath(std::vector<int> const& index);
+    void Store(std::vector<int> const& index, OmCellText const* cell);
+    void Remove(std::vector<int> const& index);
+
+    void ReindexAxis();
+
+    /// Position of the first footnote with an equal text, or the number of footnotes.
+    std::size_t FindFootnote(OmFootnote const& note) const;
+    void AppendFootnote(OmFootnote const& note);
+    void TakeMarker(OmFootnote& footnote, OmCellText const* marker);
+
+    void MakeTracker();
+    void MakeU8Tracker();
+    void TrackDimensions();
+    void TrackFootnotes();
+
+    OmCellText* templateName = nullptr;
+    OmCellText* cornerText = nullptr;
+    OmCellText* caption = nullptr;
+    OmCellText* tableTitle = nullptr;
+    OmVector<OmFootnote> footnotes;
+    bool removedFootnotes = false;
+    bool hasSplits;
+    PointerVector* cellRoot = nullptr;
+    std::vector<OmDimension*> _dimensions;
+    PuppetVector<short> rows;
+    PuppetVector<short> columns;
+    PuppetVector<short> layers;
+    std::int32_t optionNumber = -1;
+    std::int32_t minColumnWidth = -1;
+    std::int32_t maxColumnWidth = -1;
+    std::int32_t minRowWidth = -1;
+    std::int32_t maxRowWidth = -1;
+    std::int32_t layerLocation = -1;
+    std::int64_t tableId = -1;
+    std::string tableLocale;
+    bool show = true;
+    bool rotateRowLabels = false;
+    bool rotateColumnLabels = false;
+    bool scratched = false;
+    bool isWarnings = false;
+    bool isNotes = false;
+    bool hasMarkers = false;
+    bool backendOwns = true;
+    bool fastTable = true;
+    bool showCaption = true;
+    bool labelsOnly = false;
+    bool imputed = false;
+    BackendSettings backendSettings;
+    icuTracker* tracker = nullptr;
+    icuTracker* u8Tracker = nullptr;
+    ICUHelper helper;
+    std::int32_t lang = 0;
+    std::int32_t variableMode = 0;
+    std::int32_t valueMode = 0;
+    std::int32_t cellCount = 0;
+    std::int32_t startColor = -1;
+    std::int32_t endColor = -1;
+    std::map<FormatArea::Area, FormatArea*> areaFormats;
+    std::string borderInfo;
+    std::string tableLookInfo;
+    std::string tablePropertiesInfo;
+    std::vector<unsigned int> customWidths;
+    std::vector<unsigned int> customHeights;
+    std::map<std::uint64_t, std::uint16_t> emptyCellStyles;
+    std::vector<OmCellProperties> cellStyles;
+    std::string miscProperties;
+};
+
+#endif
