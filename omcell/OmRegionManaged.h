@@ -17,7 +17,7 @@
 /// `OmMemoryRegion::Release`; the global delete never sees it. Objects on the stack or inside other objects are fine
 /// too; they are not deleted.
 class OMCELL_API OmRegionManaged {
-  public:
+public:
     virtual ~OmRegionManaged();
 
     static void* operator new(std::size_t bytes) { return OmMemoryRegion::DefaultHeap()->Allocate(bytes); }
@@ -29,7 +29,7 @@ class OMCELL_API OmRegionManaged {
     static void operator delete(void* block, OmMemoryRegion*) { OmMemoryRegion::Release(block); }
     static void operator delete(void*, void*) noexcept {}
 
-  protected:
+protected:
     /// `home` is the region that the object is built for; null means the default heap. An object that names its arena
     /// here can keep things outside of it (`Home()->Attach`) and still leave nothing behind when the arena is swept.
     explicit OmRegionManaged(OmMemoryRegion* home = nullptr) : _home(OmMemoryRegion::OrDefault(home)) {}
@@ -41,7 +41,7 @@ class OMCELL_API OmRegionManaged {
     /// The region given to the constructor; never null. Not owned.
     OmMemoryRegion* Home() const { return _home; }
 
-  private:
+private:
     OmMemoryRegion* _home;
 };
 
