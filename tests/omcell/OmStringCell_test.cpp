@@ -1,0 +1,212 @@
+#include "omcell/OmStringCell.h"
+
+#include "omcell/OmNumber.h"
+#include "tests/support/ForeignText.h"
+
+#include <gtest/gtest.h>
+
+#include <memory>
+#include <string>
+
+namespace {
+
+std::unique_ptr<OmStringCell> CloneOf(OmStringCell const& cell, OmMemoryRegion* region) {
+    return std::unique_ptr<OmStringCell>(static_cast<OmStringCell*>(cell.Clone(region)));
+}
+
+/// A kind derived from string cells, as a program may have one.
+class Heading : public OmStringCell {
+public:
+    using OmStringCell::OmStringCell;
+};
+
+} // namespace
+
+TEST(OmStringCell, AllThreeCopiesStartAsTheGivenBytes) {
+    OmStringCell const cell("caf\xC3\xA9", nullptr, false);
+    EXPECT_EQ(cell.AsString(), "caf\xC3\xA9");
+    EXPECT_EQ(cell.AsU8String(), "caf\xC3\xA9");
+    EXPECT_EQ(cell.AsEngString(), "caf\xC3\xA9");
+    EXPECT_EQ(cell.AsFormattedString(), "caf\xC3\xA9");
+}
+
+TEST(OmStringCell, KeepsTheFlagAndStartsWithoutAlternativeText) {
+    EXPECT_FALSE(OmStringCell("a", nullptr, false).Flag());
+    EXPECT_TRUE(OmStringCell("a", nullptr, true).Flag());
+    EXPECT_EQ(OmStringCell("a", nullptr, true).AltText(), "");
+}
+
+// Each copy is its own block of as many bytes as the text has; a terminating zero would take the next size.
+TEST(OmStringCell, KeepsThreeCopiesOfExactSizeInItsRegion) {
+    OmMemoryRegion arena(false);
+    {
+        OmStringCell const cell(std::string(24, 'x'), &arena, false);
+        EXPECT_EQ(arena.LiveBlocks(), 3U);
+        EXPECT_EQ(arena.LiveBytes(), 3U * 24U);
+    }
+    EXPECT_EQ(arena.LiveBlocks(), 0U);
+}
+
+TEST(OmStringCell, TakesNoMoreThanThirteenWords) { EXPECT_LE(sizeof(OmStringCell), 13 * sizeof(void*)); }
+
+TEST(OmStringCell, ZeroBytesAreBytesLikeOthers) {
+    std::string const text("a\0b", 3);
+    OmStringCell const cell(text);
+    EXPECT_EQ(cell.AsString(), text);
+    EXPECT_EQ(cell.TextLength(), 3U);
+}
+
+TEST(OmStringCell, LengthIsThatOfTheSecondCopy) {
+    OmStringCell cell("abc");
+    EXPECT_EQ(cell.TextLength(), 3U);
+    cell.SetEngString("a longer text");
+    EXPECT_EQ(cell.TextLength(), 3U);
+    cell.SetU8String("ab");
+    EXPECT_EQ(cell.TextLength(), 2U);
+    EXPECT_EQ(cell.AsString(), "abc");
+    EXPECT_EQ(cell.AsU8String(), "ab");
+    EXPECT_EQ(cell.AsEngString(), "a longer text");
+}
+
+TEST(OmStringCell, FlaggedTextIsTheSameInEveryForm) {
+    OmStringCell cell("Output", nullptr, true);
+    cell.SetU8String("x");
+    cell.SetEngString("y");
+    EXPECT_EQ(cell.AsU8String(), "Output");
+    EXPECT_EQ(cell.AsEngString(), "Output");
+}
+
+TEST(OmStringCell, ComparesByTheSecondCopy) {
+    OmStringCell a("b");
+    OmStringCell const b("b");
+    EXPECT_EQ(a.Compare(b), 0);
+    a.SetU8String("a");
+    EXPECT_LT(a.Compare(b), 0);
+    EXPECT_GT(b.Compare(a), 0);
+}
+
+TEST(OmStringCell, PrefixSortsBeforeTheLongerText) {
+    EXPECT_LT(OmStringCell("ab").Compare(OmStringCell("abc")), 0);
+    EXPECT_GT(OmStringCell("abc").Compare(OmStringCell("ab")), 0);
+    EXPECT_LT(OmStringCell("").Compare(OmStringCell("a")), 0);
+    EXPECT_EQ(OmStringCell("").Compare(OmStringCell("")), 0);
+}
+
+// Plain char is signed here: compared as such, every letter outside ASCII would come first.
+TEST(OmStringCell, BytesCompareAsUnsigned) {
+    EXPECT_GT(OmStringCell("\xC3\xA9").Compare(OmStringCell("z")), 0);
+    EXPECT_LT(OmStringCell("z").Compare(OmStringCell("\xFF")), 0);
+}
+
+TEST(OmStringCell, ZeroBytesTakePartInTheOrder) {
+    OmStringCell const a(std::string("a\0a", 3));
+    OmStringCell const b(std::string("a\0b", 3));
+    EXPECT_LT(a.Compare(b), 0);
+    EXPECT_GT(a.Compare(OmStringCell("a")), 0);
+}
+
+TEST(OmStringCell, EmptyTextsAreEqual) { EXPECT_TRUE(OmCellText::Equal(OmStringCell(""), OmStringCell(""))); }
+
+TEST(OmStringCell, AlternativeTextTakesNoPartInTheOrder) {
+    OmStringCell a("a");
+    a.SetAltText("z");
+    EXPECT_TRUE(OmCellText::Equal(a, OmStringCell("a")));
+}
+
+TEST(OmStringCell, OtherKindsCompareByOrderCode) {
+    EXPECT_LT(OmStringCell("z").Compare(OmNumber(1.0)), 0);
+    EXPECT_GT(OmNumber(1.0).Compare(OmStringCell("z")), 0);
+}
+
+// A cast on the code would read past the foreign object.
+TEST(OmStringCell, ForeignTextWithTheSameCodeIsNotTakenForAStringCell) {
+    omtest::ForeignLog log;
+    omtest::ForeignText foreign(log, "a");
+    foreign.spec().orderCode = OmStringCell::Order;
+    EXPECT_LT(OmStringCell("a").Compare(foreign), 0);
+    EXPECT_LT(OmStringCell("z").Compare(foreign), 0);
+}
+
+TEST(OmStringCell, KindDerivedFromAStringCellComparesAsOne) {
+    EXPECT_EQ(OmStringCell("a").Compare(Heading("a")), 0);
+    EXPECT_EQ(Heading("a").Compare(OmStringCell("a")), 0);
+    EXPECT_LT(Heading("a").Compare(OmStringCell("b")), 0);
+}
+
+TEST(OmStringCell, CloneCopiesEverything) {
+    OmMemoryRegion arena(false);
+    OmStringCell cell("given", nullptr, false);
+    cell.SetU8String("utf-8");
+    cell.SetEngString("english");
+    cell.SetAltText("spoken");
+    {
+        std::unique_ptr<OmStringCell> const clone = CloneOf(cell, &arena);
+        EXPECT_EQ(clone->AsString(), "given");
+        EXPECT_EQ(clone->AsU8String(), "utf-8");
+        EXPECT_EQ(clone->AsEngString(), "english");
+        EXPECT_EQ(clone->AltText(), "spoken");
+        EXPECT_FALSE(clone->Flag());
+        EXPECT_EQ(arena.LiveBlocks(), 5U); // the text, three copies, the alternative text
+    }
+    EXPECT_EQ(arena.LiveBlocks(), 0U);
+    OmStringCell const flagged("x", nullptr, true);
+    EXPECT_TRUE(CloneOf(flagged, nullptr)->Flag());
+}
+
+TEST(OmStringCell, CloneIsIndependentOfItsSource) {
+    OmStringCell cell("a");
+    std::unique_ptr<OmStringCell> const clone = CloneOf(cell, nullptr);
+    cell.SetU8String("b");
+    cell.SetAltText("c");
+    EXPECT_EQ(clone->AsU8String(), "a");
+    EXPECT_EQ(clone->AltText(), "");
+}
+
+TEST(OmStringCell, AlternativeTextLiesInTheRegionAndIsReplaced) {
+    OmMemoryRegion arena(false);
+    OmStringCell cell("", &arena, false);
+    std::size_t const before = arena.LiveBlocks();
+    cell.SetAltText(std::string(40, 'a'));
+    EXPECT_EQ(arena.LiveBlocks(), before + 1);
+    EXPECT_EQ(arena.LiveBytes(), 40U);
+    cell.SetAltText("b");
+    EXPECT_EQ(cell.AltText(), "b");
+    EXPECT_EQ(arena.LiveBlocks(), before + 1);
+    cell.SetAltText("");
+    EXPECT_EQ(arena.LiveBlocks(), before);
+}
+
+// A title that is replaced for hours must not make its table grow.
+TEST(OmStringCell, ReplacingTextsDoesNotGrowTheArena) {
+    OmMemoryRegion arena(false);
+    OmStringCell cell("start", &arena, false);
+    std::size_t const live = arena.LiveBlocks();
+    cell.SetAltText(std::string(100, 'a'));
+    std::size_t const reserved = arena.ReservedBytes();
+    for (int i = 0; i < 10000; ++i) {
+        cell.SetU8String(std::string(5, 'b'));
+        cell.SetAltText(std::string(100, 'c'));
+        delete cell.Clone(&arena);
+    }
+    EXPECT_EQ(arena.LiveBlocks(), live + 1);
+    EXPECT_LE(arena.ReservedBytes(), reserved + 4096);
+}
+
+TEST(OmStringCell, SweepLeavesNothingOfLongTexts) {
+    OmMemoryRegion arena(false);
+    OmStringCell cell(std::string(5000, 'a'));
+    cell.SetAltText(std::string(5000, 'b'));
+    cell.Clone(&arena);
+    OmCellText* const destroyed = cell.Clone(&arena);
+    arena.WorkingRelease(false);
+    EXPECT_EQ(destroyed->AsString(), std::string(5000, 'a'));
+    delete destroyed;
+    EXPECT_EQ(arena.LiveBlocks(), 0U);
+}
+
+TEST(OmStringCell, SettersTakeAPieceOfTheTextItself) {
+    OmStringCell cell("abcdef");
+    std::string const held = cell.AsU8String();
+    cell.SetU8String(std::string_view(held).substr(2));
+    EXPECT_EQ(cell.AsU8String(), "cdef");
+}
