@@ -1,0 +1,83 @@
+#ifndef OMTREE_BACKEND_TABLES_OM_OMDISPLAYCOLUMNHEADING_H
+#define OMTREE_BACKEND_TABLES_OM_OMDISPLAYCOLUMNHEADING_H
+
+#include "backend/tables/Export.h"
+#include "backend/tables/om/OmDisplayLayerHeading.h"
+
+#include <deque>
+#include <memory>
+#include <vector>
+
+class OmCellText;
+
+/// The column heading of a pivot table for the layer that is current in a layer heading: how many columns the body has,
+/// how many heading lines it needs, and which category stands in each heading cell.
+///
+///     line 0     Sex     Sex     Sex     Sex        heading dimension 0, the LAST dimension of the table's column
+///     axis, line 1     Male    Male    Female  Female     is outermost; each takes as many lines as its deepest shown
+///     label line 2     Age     Age     Age     Age line 3     Adult   Child   Adult   Child      `Column(1)` is (Sex,
+///     Male, Age, Child), `Row(1)` the line of sexes
+///
+/// Labels run from the dimension's name down to the category. Hidden nodes are left out, a group that hides its labels
+/// is left out with everything below it (even when it is hidden itself), and short lists are filled up with null
+/// pointers below the leaf.
+///
+/// Column numbers are places in the shown sequence. With skipping, columns without a cell in the current layer are left
+/// out; build a new heading after the layer heading has switched. A number past the sequence gives null pointers.
+///
+/// The layer heading is not owned and outlives this heading. Node pointers are valid as long as the layer heading.
+class OMTREE_API OmDisplayColumnHeading {
+public:
+    using ConstNode = OmDimension::ConstNode;
+
+    /// Lays out the table's column axis for the current layer. O(columns) with skipping in a dense table times the rows
+    /// that are probed, in a sparse one O(cells); else O(1) beside the layer heading's own work.
+    OmDisplayColumnHeading(OmDisplayLayerHeading& layers, bool skipEmpty);
+    ~OmDisplayColumnHeading();
+
+    OmDisplayColumnHeading(OmDisplayColumnHeading const&) = delete;
+    OmDisplayColumnHeading& operator=(OmDisplayColumnHeading const&) = delete;
+
+    /// Number of shown columns.
+    int NColumns() const;
+    /// Number of heading lines.
+    int NRows() const;
+    /// The heading lines that heading dimension i takes; 0 past the last.
+    int VisibleHeight(int i) const;
+
+    /// Number of column dimensions.
+    int NDimensions() const;
+    /// Table dimension number of heading dimension i; -1 past the last.
+    int getDimensionIndex(int i) const;
+
+    /// Linear numbers of the shown columns along the axis, ascending. Without skipping, all of them, listed when first
+    /// asked for. Valid as long as the heading.
+    std::vector<unsigned long long> const& getNonEmptyColumns() const;
+
+    /// The NRows() heading cells of column c, top to bottom; null where there is no label. O(dimensions and labels).
+    std::deque<ConstNode*> Column(int c);
+    /// Entry r of `Column(c)` for every column in order; empty when there is no such line. O(columns).
+    std::deque<ConstNode*> Row(int r);
+
+    /// The category of column c in each heading dimension, in heading order.
+    std::deque<ConstNode*> ColumnCategories(int c);
+
+    /// For each heading dimension whose label path has more than one entry, appends the dimension's node and the
+    /// category's node. c is a place in the shown sequence when it lies inside the list of non-empty columns, and
+    /// otherwise a linear number itself.
+    void DimCatNodes(int c, std::vector<ConstNode*>& dimensions, std::vector<ConstNode*>& categories) const;
+    /// The same, appending every node from the dimension down to the category, hidden ones included.
+    void DimAllNodes(int c, std::vector<ConstNode*>& nodes) const;
+
+    /// Writes the categories of column c into a cell index, which is resized to the number of dimensions; other entries
+    /// are left as they are.
+    void Fill(std::vector<int>& index, int c) const;
+
+    OmPivotTable& Table() const;
+    bool SkipEmpty() const;
+
+private:
+    std::unique_ptr<om_detail::HeadingLayout> _layout;
+};
+
+#endif

@@ -1,0 +1,88 @@
+#ifndef OMTREE_BACKEND_TABLES_OM_OMDISPLAYROWHEADING_H
+#define OMTREE_BACKEND_TABLES_OM_OMDISPLAYROWHEADING_H
+
+#include "backend/tables/Export.h"
+#include "backend/tables/om/OmDisplayLayerHeading.h"
+
+#include <deque>
+#include <memory>
+#include <vector>
+
+class OmCellText;
+
+/// The row heading of a pivot table for the layer that is current in a layer heading: how many rows the body has, how
+/// many heading columns it needs, and which category stands in each heading cell.
+///
+///     corner               `Row(1)` is (Sex, Male, Age, Child); heading dimension 0, the LAST dimension of the table's
+///     row Sex Male   Age Adult axis, is outermost Sex Male   Age Child Sex Female Age Adult `Column(1)` lists the
+///     sexes of all rows
+///
+/// It is the column heading turned by a quarter, and adds the corner: the texts in the block above the row heading and
+/// beside the column heading. With dimension names in the corner, each visible dimension name moves there and frees the
+/// heading column that it would take.
+///
+/// Row numbers are places in the shown sequence. With skipping, rows without a cell in the current layer are left out;
+/// build a new heading after the layer heading has switched. A number past the sequence gives null pointers.
+///
+/// The layer heading is not owned and outlives this heading. Node pointers are valid as long as the layer heading.
+class OMTREE_API OmDisplayRowHeading {
+public:
+    using ConstNode = OmDimension::ConstNode;
+
+    /// Lays out the table's row axis for the current layer. O(rows) with skipping in a dense table times the columns
+    /// that are probed, in a sparse one O(cells); else O(1) beside the layer heading's own work.
+    OmDisplayRowHeading(OmDisplayLayerHeading& layers, bool skipEmpty, bool dimNamesInCorner);
+    ~OmDisplayRowHeading();
+
+    OmDisplayRowHeading(OmDisplayRowHeading const&) = delete;
+    OmDisplayRowHeading& operator=(OmDisplayRowHeading const&) = delete;
+
+    /// Number of shown rows.
+    int NRows() const;
+    /// Number of heading columns.
+    int NColumns() const;
+    /// The heading columns that heading dimension i takes; 0 past the last.
+    int VisibleWidth(int i) const;
+
+    /// Number of row dimensions.
+    int NDimensions() const;
+    /// Table dimension number of heading dimension i; -1 past the last.
+    int getDimensionIndex(int i) const;
+
+    /// Linear numbers of the shown rows along the axis, ascending. Without skipping, all of them, listed when first
+    /// asked for. Valid as long as the heading.
+    std::vector<unsigned long long> const& getNonEmptyRows() const;
+
+    /// The NColumns() heading cells of row r, left to right; null where there is no label. O(dimensions and labels).
+    std::deque<ConstNode*> Row(int r);
+    /// Entry c of `Row(r)` for every row in order; empty when there is no such heading column. O(rows).
+    std::deque<ConstNode*> Column(int c);
+
+    /// The category of row r in each heading dimension, in heading order.
+    std::deque<ConstNode*> RowCategories(int r);
+
+    /// For each heading dimension whose label path has more than one entry, appends the dimension's node and the
+    /// category's node. r is a place in the shown sequence when it lies inside the list of non-empty rows, and
+    /// otherwise a linear number itself.
+    void DimCatNodes(int r, std::vector<ConstNode*>& dimensions, std::vector<ConstNode*>& categories) const;
+    /// The same, appending every node from the dimension down to the category, hidden ones included.
+    void DimAllNodes(int r, std::vector<ConstNode*>& nodes) const;
+
+    /// Writes the categories of row r into a cell index, which is resized to the number of dimensions; other entries
+    /// are left as they are.
+    void Fill(std::vector<int>& index, int r) const;
+
+    /// The corner, one entry for each heading column: with dimension names, each name in the first column of its
+    /// dimension; otherwise the table's own corner text in front. Null entries are empty. The texts belong to the
+    /// table.
+    std::vector<OmCellText const*> CornerText() const;
+    bool DimNamesInCorner() const;
+
+    OmPivotTable& Table() const;
+    bool SkipEmpty() const;
+
+private:
+    std::unique_ptr<om_detail::HeadingLayout> _layout;
+};
+
+#endif

@@ -1,0 +1,86 @@
+#ifndef OMTREE_BACKEND_TABLES_OM_DETAIL_HEADINGLAYOUT_H
+#define OMTREE_BACKEND_TABLES_OM_DETAIL_HEADINGLAYOUT_H
+
+#include "backend/tables/PuppetVector.h"
+#include "backend/tables/om/OmDisplayLayerHeading.h"
+#include "backend/tables/om/detail/AxisIndexer.h"
+
+#include <cstddef>
+#include <cstdint>
+#include <deque>
+#include <optional>
+#include <vector>
+
+class OmCellText;
+
+namespace om_detail {
+
+/// Layout of one heading axis, shared by the column heading and the row heading, which is the same turned by a quarter.
+/// "Lines" are heading lines of the one and heading columns of the other; they run from the outermost label inwards.
+///
+///     heading dimension 0   +-----------+-----------+
+///     (2 lines)             | Sex       | Sex       |   one list of `depth` cells for each shown position
+///                           | Male      | Female    |
+///     heading dimension 1   | Age       | Age       |
+///     (2 lines)             | Adult     | Adult     |
+///                           +-----------+-----------+
+///
+/// A position is a place in the shown sequence; its linear number counts along the whole axis. A position without a
+/// linear number, or one past a dimension's shown categories, gives null cells.
+class HeadingLayout {
+public:
+    using ConstNode = OmDimension::ConstNode;
+    using Nodes = std::deque<ConstNode*>;
+
+    HeadingLayout(OmDisplayLayerHeading& layerHeading, PuppetVector<short> const& axis,
+                  PuppetVector<short> const& other, bool skipsEmpty, bool namesInCorner);
+
+    /// The `Depth()` heading cells of a position, outermost first.
+    Nodes Cells(int position) const;
+    /// Entry `line` of the cells of every position; empty when there is no such line.
+    Nodes Line(int line) const;
+    /// The category node of a position in each heading dimension.
+    Nodes Categories(int position) const;
+    void DimCatNodes(int position, std::vector<ConstNode*>& dimensions, std::vector<ConstNode*>& categories) const;
+    void DimAllNodes(int position, std::vector<ConstNode*>& nodes) const;
+    void Fill(std::vector<int>& index, int position) const;
+
+    int Positions() const;
+    int Depth() const { return _depth; }
+    int HeightAt(int i) const;
+    int NDimensions() const { return static_cast<int>(_indexer.NDimensions()); }
+    int DimensionAt(int i) const { return _indexer.DimensionAt(i); }
+    std::vector<unsigned long long> const& NonEmpty() const;
+    std::vector<OmCellText const*> const& Corner() const { return _corner; }
+    OmPivotTable& Table() const;
+    bool SkipEmpty() const { return _skipEmpty; }
+    bool DimNamesInCorner() const { return _namesInCorner; }
+
+    /// Fills the corner: dimension names, or else the table's own corner text in front.
+    void MakeCorner();
+
+private:
+    using Path = DisplayRecord::Path;
+
+    void MeasureHeights();
+    void GiveNamesToCorner();
+    Nodes Labels(Path& path) const;
+    std::optional<std::uint64_t> LinearOf(int position) const;
+    std::uint64_t LinearOrItself(int position) const;
+    /// Label path of each heading dimension at a linear position; null where there is none.
+    std::vector<Path*> PathsAt(std::optional<std::uint64_t> linear) const;
+
+    OmDisplayLayerHeading::Layout* _layers;
+    bool _skipEmpty;
+    bool _namesInCorner;
+    AxisIndexer _indexer;
+    std::vector<OmCellText const*> _corner;
+    mutable std::vector<unsigned long long> _nonEmpty; ///< without skipping, filled when first asked for
+    std::vector<unsigned int> _heights;                ///< one for each heading dimension that has a display record
+    std::uint64_t _count = 0;
+    int _depth = 0;
+};
+
+} // namespace om_detail
+
+#endif

@@ -1,0 +1,67 @@
+#ifndef OMTREE_BACKEND_TABLES_OM_DETAIL_LAYERLAYOUT_H
+#define OMTREE_BACKEND_TABLES_OM_DETAIL_LAYERLAYOUT_H
+
+#include "backend/tables/PuppetVector.h"
+#include "backend/tables/om/OmDisplayLayerHeading.h"
+#include "backend/tables/om/OmPivotTable.h"
+#include "backend/tables/om/detail/AxisIndexer.h"
+#include "backend/tables/om/detail/DisplayRecord.h"
+#include "omcell/OmMemoryRegion.h"
+
+#include <cstdint>
+#include <vector>
+
+namespace om_detail {
+
+/// The axis back to front: a heading's first dimension is the axis's last.
+PuppetVector<short> Reversed(PuppetVector<short> const& axis);
+
+} // namespace om_detail
+
+/// State of a layer heading, which the column and row headings over it read. It is the region that the display records
+/// live in.
+class OmDisplayLayerHeading::Layout : public OmMemoryRegion {
+public:
+    Layout(OmPivotTable& itsTable, bool itSkipsEmpty);
+    ~Layout();
+
+    /// The positions along `axis` that hold a cell, ascending. `other` is the axis that they are probed against,
+    /// `start` the subscripts of the dimensions on neither. With `layer`, cells whose subscripts on that axis differ
+    /// from those of `start` do not count.
+    std::vector<std::uint64_t> NonEmpty(om_detail::AxisIndexer const& axis, om_detail::AxisIndexer const& other,
+                                        std::vector<int> const& start, om_detail::AxisIndexer const* layer) const;
+
+    /// Resizes a cell index to the number of dimensions and writes the categories of a position into it.
+    void Apply(om_detail::AxisIndexer const& axis, std::uint64_t position, std::vector<int>& index) const;
+
+    /// The linear number of the current layer. False when no layer is current, or when the current layer (which may
+    /// have been restored from the table) is not one of those enumerated.
+    bool CurrentLayer(std::uint64_t& number) const;
+
+    bool SwitchLayer(int n);
+
+    /// Label path of layer dimension i in the current layer, or null.
+    om_detail::DisplayRecord::Path* CurrentPath(int i) const;
+
+    OmPivotTable* table;
+    bool skipEmpty;
+    std::vector<int> currentCellIndex;
+    om_detail::DisplayRecords records; ///< one for each dimension, in this region
+    om_detail::AxisIndexer layerIndexer;
+    std::vector<std::uint64_t> nonEmptyLayers; ///< filled when empty layers are skipped
+    bool sparse = false;                       ///< less than one possible cell in a hundred is present
+    std::uint64_t layerCount = 0;
+    int currentLayer = -1;
+
+private:
+    void MakeRecords();
+    void DestroyRecords();
+    bool IsSparse() const;
+    bool AnyCell(om_detail::AxisIndexer const& other, std::vector<int>& index) const;
+    std::vector<std::uint64_t> ProbePositions(om_detail::AxisIndexer const& axis, om_detail::AxisIndexer const& other,
+                                              std::vector<int> const& start) const;
+    std::vector<std::uint64_t> ProjectCells(om_detail::AxisIndexer const& axis, std::vector<int> const& start,
+                                            om_detail::AxisIndexer const* layer) const;
+};
+
+#endif
