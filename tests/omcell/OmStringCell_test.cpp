@@ -203,10 +203,3 @@ TEST(OmStringCell, SweepLeavesNothingOfLongTexts) {
     delete destroyed;
     EXPECT_EQ(arena.LiveBlocks(), 0U);
 }
-
-TEST(OmStringCell, SettersTakeAPieceOfTheTextItself) {
-    OmStringCell cell("abcdef");
-    std::string const held = cell.AsU8String();
-    cell.SetU8String(std::string_view(held).substr(2));
-    EXPECT_EQ(cell.AsU8String(), "cdef");
-}
