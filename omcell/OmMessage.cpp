@@ -1,0 +1,125 @@
+#include "omcell/OmMessage.h"
+
+#include "omcell/detail/Ordering.h"
+
+#include <algorithm>
+#include <charconv>
+#include <memory>
+#include <optional>
+#include <string_view>
+#include <system_error>
+
+namespace {
+
+/// A slot at the start of some text.
+struct SlotMark {
+    std::size_t number;
+    std::size_t length; ///< bytes, with its braces
+};
+
+// A number that no size_t holds can be no filled slot, so such a mark stays text.
+std::optional<SlotMark> SlotAt(std::string_view text) {
+    std::size_t number = 0;
+    char const* const digits = text.data() + 1;
+    char const* const end = text.data() + text.size();
+    std::from_chars_result const read = std::from_chars(digits, end, number);
+    if (text.front() != '{' || read.ec != std::errc() || read.ptr == end || *read.ptr != '}') {
+        return std::nullopt;
+    }
+    return SlotMark{number, static_cast<std::size_t>(read.ptr - text.data()) + 1};
+}
+
+bool IsDoubledBrace(std::string_view text) { return text.size() > 1 && text[0] == text[1]; }
+
+} // namespace
+
+OmMessage::OmMessage(std::string const& pattern, OmMemoryRegion* region) : OmMessage(pattern, std::string(), region) {}
+
+OmMessage::OmMessage(std::string const& pattern, std::string const& english, OmMemoryRegion* region)
+    : OmPartedText(region), _pattern(pattern, region), _english(english, region), _slots(region) {}
+
+OmMessage::OmMessage(OmMessage const& source, OmMemoryRegion* region)
+    : OmPartedText(region), _pattern(source._pattern.View(), region), _english(source._english.View(), region),
+      _slots(region) {
+    TakeOver(source);
+    _slots.reserve(source._slots.size());
+    for (Slot const& slot : source._slots) {
+        _slots.push_back({nullptr, slot.number});
+    }
+}
+
+OmMessage::~OmMessage() { DestroyParts(); }
+
+void OmMessage::Accept(Visitor& visitor) { visitor.Visit(*this); }
+
+short OmMessage::OrderCode() const { return Order; }
+
+std::string OmMessage::Pattern() const { return _pattern.String(); }
+
+std::string OmMessage::EnglishPattern() const { return _english.String(); }
+
+std::size_t OmMessage::PositionOf(std::size_t slot) const {
+    Slot const* const place =
+        std::lower_bound(_slots.begin(), _slots.end(), slot,
+                         [](Slot const& entry, std::size_t number) { return entry.number < number; });
+    return static_cast<std::size_t>(place - _slots.begin());
+}
+
+void OmMessage::Fill(std::size_t slot, OmCellText const& text) {
+    std::unique_ptr<OmCellText> clone(text.Clone(Home()));
+    std::size_t const position = PositionOf(slot);
+    if (position == _slots.size() || _slots[position].number != slot) {
+        _slots.insert(position, {nullptr, slot});
+    }
+    std::unique_ptr<OmCellText> const before(_slots[position].text);
+    _slots[position].text = clone.release();
+}
+
+OmCellText const* OmMessage::Filler(std::size_t slot) const {
+    std::size_t const position = PositionOf(slot);
+    return position < _slots.size() && _slots[position].number == slot ? _slots[position].text : nullptr;
+}
+
+OmPartedText* OmMessage::Shell(OmMemoryRegion* region) const { return new (region) OmMessage(*this, region); }
+
+void OmMessage::ListParts(std::vector<Part>& parts) const {
+    for (Slot const& slot : _slots) {
+        parts.push_back({&slot.text, slot.number});
+    }
+}
+
+void OmMessage::GiveUpParts(Bin& bin) {
+    for (Slot& slot : _slots) {
+        bin.Take(slot.text);
+    }
+}
+
+void OmMessage::Expand(Form form, Pieces& pieces) const {
+    std::string_view rest = form == Form::English && !_english.empty() ? _english.View() : _pattern.View();
+    while (!rest.empty()) {
+        std::size_t const plain = std::min(rest.find_first_of("{}"), rest.size());
+        if (plain > 0) {
+            pieces.Add(rest.substr(0, plain));
+            rest.remove_prefix(plain);
+            continue;
+        }
+        std::size_t length = IsDoubledBrace(rest) ? 2 : 1;
+        std::optional<SlotMark> const mark = SlotAt(rest);
+        OmCellText const* const filler = mark ? Filler(mark->number) : nullptr;
+        if (filler != nullptr) {
+            pieces.Add(*filler);
+            length = mark->length;
+        } else {
+            pieces.Add(rest.substr(0, 1));
+        }
+        rest.remove_prefix(length);
+    }
+}
+
+std::size_t OmMessage::OwnLength() const { return _pattern.size(); }
+
+short OmMessage::CompareOwn(OmPartedText const& sameKind) const {
+    OmMessage const& other = static_cast<OmMessage const&>(sameKind);
+    short const order = om_detail::OrderBytes(_pattern.View(), other._pattern.View());
+    return order != 0 ? order : om_detail::OrderBytes(_english.View(), other._english.View());
+}
