@@ -22,20 +22,21 @@ SPECIAL = re.compile(
     r"^(?:typeinfo name for|typeinfo for|vtable for|VTT for|construction vtable for) (?P<entity>.*)$")
 THUNK = re.compile(r"^(?:(?:non-)?virtual thunk|covariant return thunk|guard variable for|reference temporary .* for"
                    r"|TLS (?:init|wrapper) function for)(?: to)? (?P<entity>.*)$")
-OPERATOR = re.compile(r"\boperator(?:\(\)|<=>|->\*?|<<=?|>>=?|<=?|>=?)")
+ABI_TAG = re.compile(r"\[abi:\w+\]")
+# A name's own operator counts as one piece, so that its angles are not taken for brackets.
+PIECE = re.compile(r"operator(?:\(\)|<=>|->\*?|<<=?|>>=?|<=?|>=?)|.", re.DOTALL)
 
 
 def without_template_arguments(name):
-    """The name with every <...> taken out; the angles of operators are no brackets."""
-    name = OPERATOR.sub("operator", name)
+    """The name with every <...> and every tag of the ABI taken out."""
     depth, kept = 0, []
-    for character in name:
-        if character == "<":
+    for piece in PIECE.findall(ABI_TAG.sub("", name)):
+        if piece == "<":
             depth += 1
-        elif character == ">":
+        elif piece == ">":
             depth -= 1
         elif depth == 0:
-            kept.append(character)
+            kept.append(piece)
     return "".join(kept)
 
 

@@ -54,10 +54,11 @@ template class Tree<Shown*>;
 namespace om_detail {
 API int Stray(Shown const&) { return 1; }
 }
-API void Free() {}
+API std::string Free() { return {}; }
+API bool operator<(Hidden const&, Shown const&) { return true; }
 """
 
-FITTING = ["Shown", "Shown::Part  # a nested class", "Shown::Record", "Tree::Node", "om_detail::Stray", "", "Free"]
+FITTING = ["Shown", "Shown::Part  # a nested class", "Shown::Record", "Tree::Node", "om_detail::Stray", "", "Free", "operator<"]
 
 # (name, the list, a part of the expected report; None: nothing wrong)
 CASES = [
@@ -67,6 +68,7 @@ CASES = [
     ("an unlisted template", [line for line in FITTING if line != "Tree::Node"], "Tree<Shown*>::Node::operator()"),
     ("an unlisted detail", [line for line in FITTING if line != "om_detail::Stray"], "om_detail::Stray"),
     ("an unlisted function", [line for line in FITTING if line != "Free"], "not listed: Free"),
+    ("an unlisted operator", [line for line in FITTING if line != "operator<"], "not listed: operator<"),
     ("a hidden class", FITTING + ["Hidden"], "nothing of it is exported: Hidden"),
 ]
 

@@ -82,6 +82,16 @@ CASES = [
         f"{HEADER['table']}:1: <pugixml.hpp> is no header of the standard library",
     ),
     (
+        "an installed header includes a private one",
+        {HEADER["table"]: ["", f'#include "{OM}detail/PointerVector.h"']},
+        f'{HEADER["table"]}:2: an installed header includes a private one: "{OM}detail/PointerVector.h"',
+    ),
+    (
+        "a private header of the display headings includes a document part",
+        {OM + "detail/AxisIndexer.h": [f'#include "{HEADER["heading"]}"']},
+        f"{OM}detail/AxisIndexer.h:1: sideways arrow, a display heading includes a document part",
+    ),
+    (
         "a file on no floor",
         {OM + "OmStranger.h": []},
         f"{OM}OmStranger.h:1: this file stands on no floor",
