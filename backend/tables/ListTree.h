@@ -1,0 +1,238 @@
+#ifndef OMTREE_BACKEND_TABLES_LISTTREE_H
+#define OMTREE_BACKEND_TABLES_LISTTREE_H
+
+#include "backend/tables/Assert.h"
+
+#include <algorithm>
+#include <list>
+
+/// One record of a ListTree: a value and the depth at which it stands.
+template <typename T>
+struct ListTreeData {
+    T value;
+    int level; ///< 0 for the root, the parent's level + 1 for every child
+
+    friend bool operator==(ListTreeData const& a, ListTreeData const& b) {
+        return a.level == b.level && a.value == b.value;
+    }
+    friend bool operator!=(ListTreeData const& a, ListTreeData const& b) { return !(a == b); }
+
+    /// By depth first, then by value (address order for pointers).
+    friend bool operator<(ListTreeData const& a, ListTreeData const& b) {
+        return a.level < b.level || (a.level == b.level && a.value < b.value);
+    }
+};
+
+/// Ordered tree that is stored flat: one list of records in pre-order, each with its depth.
+///
+///     Output          0        list:  Output  Crosstabs  Table  Log  Means  Table
+///     |-- Crosstabs   1        level:   0         1        2     2     1      2
+///     |   |-- Table   2
+///     |   `-- Log     2        Relations are not stored: a node's subtree is the records behind it up to the first
+///     `-- Means       1        one that is not deeper, its parent the nearest record before it that is shallower.
+///         `-- Table   2
+///
+/// Invariants kept by the operations here; who edits `List()` keeps them too.
+///  1. The first record is the root and has level 0; every other one has level 1 or more.
+///  2. A record's level is at most the previous record's level + 1.
+///  3. The descendants of a record are the records behind it, up to the first whose level is not greater.
+///
+/// The tree owns its records, never what a value points at.
+///
+/// Handles (`Node`, `ConstNode`) hold the tree, the position and the level that the record had when the handle was
+/// made. That cached level is not refreshed (`Flatten` and `Erase` change levels): `AppendChild`, `IsLeaf`, `Prune` and
+/// the levels that `Move` compares read the cached one, `Flatten` and `Erase` the record's. A handle's position stays
+/// valid until its record is removed, whatever happens to other records.
+template <typename T>
+class ListTree {
+public:
+    using Record = ListTreeData<T>;
+    using Records = std::list<Record>;
+
+    class ConstNode;
+    class Node;
+
+    ListTree() = default;
+    explicit ListTree(T const& root) { _records.push_back(Record{root, 0}); }
+    explicit ListTree(T& root) : ListTree(static_cast<T const&>(root)) {}
+    /// Copies every record in order; values are copied as they are.
+    ListTree(ListTree const&) = default;
+    /// Removes all records, then copies the source's. Self-assignment does nothing.
+    ListTree& operator=(ListTree const& other) {
+        if (this != &other) {
+            _records.clear();
+            _records.insert(_records.end(), other._records.begin(), other._records.end());
+        }
+        return *this;
+    }
+    ~ListTree() = default;
+
+    /// Number of nodes, root included. O(1).
+    int Size() const { return static_cast<int>(_records.size()); }
+
+    /// Handle on the first record; on the end, with level 0, when the tree is empty.
+    Node Root() { return Node(*this, _records.begin()); }
+    ConstNode Root() const { return ConstNode(*this, _records.begin()); }
+
+    Records& List() { return _records; }
+    Records const& List() const { return _records; }
+
+    /// Adds a node as parent's last child: at the end of the subtree that parent's cached level bounds, one level below
+    /// that level. O(records in that subtree).
+    Node AppendChild(Node const& parent, T value) {
+        auto const place = SearchForward(parent.Position(), parent.Level());
+        return Node(*this, _records.insert(place, Record{value, parent.Level() + 1}));
+    }
+
+    /// Whether the record behind the node is the end or not deeper than the handle's cached level. O(1).
+    bool IsLeaf(ConstNode const& node) const {
+        auto next = node.Position();
+        ++next;
+        return next == _records.end() || next->level <= node.Level();
+    }
+
+    /// Removes the node and the descendants that its cached level bounds. O(records removed).
+    void Prune(Node const& node) { _records.erase(node.Position(), SearchForward(node.Position(), node.Level())); }
+
+    /// Removes the node alone; its descendants move up one level into its place. The handle is invalid afterwards. Does
+    /// nothing at the end. O(descendants).
+    void Erase(Node& node) {
+        Flatten(node);
+        if (node.Position() != _records.end()) {
+            _records.erase(node.Position());
+        }
+    }
+
+    /// Moves the node's descendants (by the level in its record) up one level, so that its children become the siblings
+    /// behind it. The node keeps its level. Does nothing at the end. O(descendants).
+    void Flatten(Node& node) {
+        if (node.Position() == _records.end()) {
+            return;
+        }
+        int const level = node.Position()->level;
+        auto next = node.Position();
+        for (++next; next != _records.end() && next->level > level; ++next) {
+            --next->level;
+        }
+    }
+
+    /// Moves the records [begin, end) of another tree into this one, before `target`, levels unchanged. When a copy
+    /// throws, this tree is as before and the other untouched. O(records moved).
+    /// Assertions, in this order, source `backend/tables/ListTree`: "target._tree == this" (503), "begin._tree ==
+    /// end._tree" (504), "target._tree != begin._tree" (505), "begin.Level() == target.Level()" (506). After either of
+    /// the first two there is nothing sound to carry on with: with a handler that returns, the call does nothing.
+    void Move(Node const& target, Node const& begin, Node const& end) {
+        constexpr char Source[] = "backend/tables/ListTree";
+        bool const ours = OM_ASSERT(target._tree == this, "target._tree == this", Source, 503);
+        bool const oneRange = OM_ASSERT(begin._tree == end._tree, "begin._tree == end._tree", Source, 504);
+        OM_ASSERT(target._tree != begin._tree, "target._tree != begin._tree", Source, 505);
+        OM_ASSERT(begin.Level() == target.Level(), "begin.Level() == target.Level()", Source, 506);
+        if (!ours || !oneRange) {
+            return;
+        }
+        _records.insert(target.Position(), begin.Position(), end.Position());
+        begin._tree->_records.erase(begin.Position(), end.Position());
+    }
+
+    /// Same records, by level and value, in the same order.
+    friend bool operator==(ListTree const& a, ListTree const& b) { return a._records == b._records; }
+    friend bool operator!=(ListTree const& a, ListTree const& b) { return !(a == b); }
+    /// Lexicographic over the records; a proper prefix is less.
+    friend bool operator<(ListTree const& a, ListTree const& b) {
+        return std::lexicographical_compare(a._records.begin(), a._records.end(), b._records.begin(), b._records.end());
+    }
+
+protected:
+    using Position = typename Records::iterator;
+    using ConstPosition = typename Records::const_iterator;
+
+    /// First record behind `position` whose level is not greater than `level`, or the end.
+    Position SearchForward(Position position, int level) { return Forward(position, _records.end(), level); }
+    ConstPosition SearchForward(ConstPosition position, int level) const {
+        return Forward(position, _records.end(), level);
+    }
+
+    /// Nearest record before `position` whose level is not greater than `level`. With the own level less one, the
+    /// parent. REQUIRES: position is not the root, level >= 0. The root ends every search.
+    Position SearchBackward(Position position, int level) { return Backward(position, level); }
+    ConstPosition SearchBackward(ConstPosition position, int level) const { return Backward(position, level); }
+
+private:
+    template <typename Iterator>
+    static Iterator Forward(Iterator position, Iterator end, int level) {
+        if (position == end) {
+            return end;
+        }
+        do {
+            ++position;
+        } while (position != end && position->level > level);
+        return position;
+    }
+
+    template <typename Iterator>
+    static Iterator Backward(Iterator position, int level) {
+        do {
+            --position;
+        } while (position->level > level);
+        return position;
+    }
+
+    Records _records;
+};
+
+/// Handle to a node of a tree that may be changed.
+template <typename T>
+class ListTree<T>::Node {
+public:
+    Node() = default;
+    Node(ListTree& tree, typename Records::iterator position)
+        : _tree(&tree), _level(position != tree._records.end() ? position->level : 0), _position(position) {}
+    /// A handle that carries a level of its own, which need not be the record's.
+    Node(ListTree& tree, typename Records::iterator position, int level)
+        : _tree(&tree), _level(level), _position(position) {}
+
+    ListTree* Tree() const { return _tree; }
+    /// The level cached when the handle was made.
+    int Level() const { return _level; }
+    typename Records::iterator Position() const { return _position; }
+    /// REQUIRES: the position is not the end.
+    T& Value() const { return _position->value; }
+
+    /// Same tree and same record.
+    friend bool operator==(Node const& a, Node const& b) { return a._tree == b._tree && a._position == b._position; }
+    friend bool operator!=(Node const& a, Node const& b) { return !(a == b); }
+
+private:
+    friend class ListTree;
+
+    ListTree* _tree = nullptr;
+    int _level = 0;
+    typename Records::iterator _position;
+};
+
+/// The same over a const tree.
+template <typename T>
+class ListTree<T>::ConstNode {
+public:
+    ConstNode() = default;
+    ConstNode(ListTree const& tree, typename Records::const_iterator position)
+        : _tree(&tree), _level(position != tree._records.end() ? position->level : 0), _position(position) {}
+    ConstNode(Node const& node) : _tree(node.Tree()), _level(node.Level()), _position(node.Position()) {}
+
+    ListTree const* Tree() const { return _tree; }
+    int Level() const { return _level; }
+    typename Records::const_iterator Position() const { return _position; }
+    T const& Value() const { return _position->value; }
+
+    friend bool operator==(ConstNode const& a, ConstNode const& b) {
+        return a._tree == b._tree && a._position == b._position;
+    }
+    friend bool operator!=(ConstNode const& a, ConstNode const& b) { return !(a == b); }
+
+private:
+    ListTree const* _tree = nullptr;
+    int _level = 0;
+    typename Records::const_iterator _position;
+};
+
+#endif
