@@ -5,10 +5,13 @@
 /// that all of them are made of.
 
 #include "backend/tables/Assert.h"
+#include "backend/tables/ListTree.h"
 #include "backend/tables/MultiBase.h"
 #include "backend/tables/PuppetVector.h"
 #include "backend/tables/om/FormatArea.h"
 #include "backend/tables/om/OMSException.h"
+#include "backend/tables/om/OmAnswerTree.h"
+#include "backend/tables/om/OmChart.h"
 #include "backend/tables/om/OmDimension.h"
 #include "backend/tables/om/OmDimensionNode.h"
 #include "backend/tables/om/OmDisplayColumnHeading.h"
@@ -16,7 +19,10 @@
 #include "backend/tables/om/OmDisplayRowHeading.h"
 #include "backend/tables/om/OmFootnote.h"
 #include "backend/tables/om/OmHeading.h"
+#include "backend/tables/om/OmInteractive.h"
+#include "backend/tables/om/OmModel.h"
 #include "backend/tables/om/OmOutputPart.h"
+#include "backend/tables/om/OmOutputTree.h"
 #include "backend/tables/om/OmPageTitle.h"
 #include "backend/tables/om/OmPivotTable.h"
 #include "backend/tables/om/OmProcedure.h"
@@ -38,6 +44,7 @@
 #include "omcell/OmValue.h"
 #include "omcell/OmVariable.h"
 #include "platform/BackendSettings.h"
+#include "platform/CodePageConverter.h"
 #include "platform/icuTracker.h"
 
 #endif

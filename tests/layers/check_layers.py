@@ -27,7 +27,8 @@ SOURCE_ENDINGS = (".h", ".cpp")
 FLOORS = {
     "platform/Export": 0,
     "platform/BackendSettings": 0,
-    "platform/CodePage": 0,
+    "platform/CodePageConverter": 0,
+    "platform/detail/CodePageNames": 0,
     "platform/icuTracker": 0,
     "omcell/Export": 1,
     "omcell/OmMemoryRegion": 1,
@@ -84,6 +85,7 @@ FLOORS = {
     "backend/tables/om/detail/DisplayRecord": 5,
     "backend/tables/om/detail/HeadingLayout": 5,
     "backend/tables/om/detail/LayerLayout": 5,
+    "backend/tables/om/detail/Streams": 5,
     "backend/tables/om/OmOutputTree": 6,
     "omtree": 7,
 }
