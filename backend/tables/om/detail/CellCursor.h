@@ -9,7 +9,7 @@
 #include <vector>
 
 /// Where an iteration over a table's cells stands: one level for each dimension, level 0 in the leaf vector.
-struct OmPivotTable::Iterator::Data {
+struct OMTREE_LOCAL OmPivotTable::Iterator::Data {
     struct Level {
         std::uint64_t position; ///< subscript
         std::size_t size;       ///< the dimension's size when the iteration began

@@ -20,7 +20,7 @@ PuppetVector<short> Reversed(PuppetVector<short> const& axis);
 
 /// State of a layer heading, which the column and row headings over it read. It is the region that the display records
 /// live in.
-class OmDisplayLayerHeading::Layout : public OmMemoryRegion {
+class OMTREE_LOCAL OmDisplayLayerHeading::Layout : public OmMemoryRegion {
 public:
     Layout(OmPivotTable& itsTable, bool itSkipsEmpty);
     ~Layout();

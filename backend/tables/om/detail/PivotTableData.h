@@ -21,7 +21,7 @@
 ///
 /// At the end the region is swept first, so that cells and nodes cost nothing one by one; then the texts, footnotes and
 /// dimensions are destroyed, whose storage stays readable until the region itself goes.
-class OmPivotTable::Data : public OmMemoryRegion {
+class OMTREE_LOCAL OmPivotTable::Data : public OmMemoryRegion {
 public:
     Data(OmCellText const& itsTemplateName, bool itHasSplits);
     ~Data();

@@ -11,7 +11,7 @@
 ///
 /// The face is narrow so that the storage behind it can change: a logical length, entries below it, growth, and a
 /// search for entries that are not null. The node owns no entry.
-class OmPivotTable::PointerVector {
+class OMTREE_LOCAL OmPivotTable::PointerVector {
 public:
     /// A new node without entries, in `region`.
     static PointerVector* Make(OmMemoryRegion* region) {
