@@ -1,5 +1,7 @@
 #include "omcell/RegionBytes.h"
 
+#include "tests/support/AllocatorMayReturnNull.h"
+
 #include <gtest/gtest.h>
 
 #include <new>
