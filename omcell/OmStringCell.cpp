@@ -1,6 +1,7 @@
 #include "omcell/OmStringCell.h"
 
 #include "omcell/detail/Ordering.h"
+#include "platform/icuTracker.h"
 
 OmStringCell::OmStringCell(std::string text, OmMemoryRegion* region, bool flag)
     : OmCellText(region), _given(text, region), _u8(text, region), _english(text, region), _flag(flag) {}
@@ -19,7 +20,13 @@ short OmStringCell::OrderCode() const { return Order; }
 
 std::string OmStringCell::AsString() const { return _given.String(); }
 
-std::string OmStringCell::AsU8String() const { return _u8.String(); }
+std::string OmStringCell::AsU8String() const {
+    std::string converted;
+    if (_tracker != nullptr && !_tracker->Unicode() && !_flag && _tracker->ToU8(_given.String(), converted)) {
+        return converted;
+    }
+    return _u8.String();
+}
 
 std::string OmStringCell::AsEngString() const { return _english.String(); }
 

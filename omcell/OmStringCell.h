@@ -42,7 +42,9 @@ public:
 
     /// The bytes as given.
     std::string AsString() const override;
-    /// The UTF-8 copy.
+    /// The UTF-8 copy. A text whose tracker says that the data is not Unicode converts its given bytes from the
+    /// tracker's code page instead, unless the flag is set, the locale names no known code page, or the bytes are
+    /// ill-formed in it.
     std::string AsU8String() const override;
     /// The English copy.
     std::string AsEngString() const override;

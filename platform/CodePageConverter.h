@@ -5,7 +5,7 @@
 
 #include <string>
 
-/// Conversion of UTF-8 text into a code page, and back, by the C library's tables.
+/// Conversion of UTF-8 text into a code page by the C library's tables.
 ///
 /// Names are accepted as writers spell them: letter case, blanks' stand-ins ('-', '_', '.') and the usual prefixes make
 /// no difference ("windows-1252", "cp1252", "1252", "Shift_JIS", "ibm-850", "windows-949", "EUC_KR"), and a locale name
@@ -26,9 +26,5 @@ PLATDEP_API int QUORMBU8ToGeneric(QUORMBConverter* converter, std::string& out, 
 
 /// Frees the converter; null is ignored.
 PLATDEP_API void QUORMBConverterDelete_A(QUORMBConverter* converter);
-
-/// The other direction: converts `text` from the named code page into UTF-8. Returns 0 on success; on failure (an
-/// unknown name, bytes that the code page gives no meaning) `out` is as before.
-PLATDEP_API int QUORMBGenericToU8(char const* codePage, std::string& out, std::string const& text);
 
 #endif

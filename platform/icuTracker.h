@@ -3,6 +3,7 @@
 
 #include "platform/Export.h"
 
+#include <memory>
 #include <string>
 #include <utility>
 
@@ -20,9 +21,23 @@ public:
     bool Unicode() const { return _unicode; }
     std::string const& Locale() const { return _locale; }
 
+    /// Converts `text` into UTF-8 from the code page that the locale names. When the data is Unicode the text is UTF-8
+    /// already and is copied. False, with `out` as before, when the locale names no known code page or the text is
+    /// ill-formed in it. The converter is made at the first call and kept.
+    bool ToU8(std::string const& text, std::string& out) const;
+
+    /// The same the other way: from UTF-8 into the locale's code page. False also when the code page cannot hold one of
+    /// the characters.
+    bool FromU8(std::string const& text, std::string& out) const;
+
 private:
+    struct Converters;
+
+    Converters& Open() const;
+
     bool _unicode;
     std::string _locale;
+    mutable std::unique_ptr<Converters> _converters;
 };
 
 #endif

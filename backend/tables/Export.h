@@ -1,8 +1,9 @@
 #ifndef OMTREE_BACKEND_TABLES_EXPORT_H
 #define OMTREE_BACKEND_TABLES_EXPORT_H
 
-/// OMTREE_API marks what `libomtree` exports, OMTREE_LOCAL private classes nested in an exported one. OM_ASSERT_API marks the assertion handler of `backend/tables/Assert.h`,
-/// which is compiled into `libomcell` so that every library above shares one handler.
+/// OMTREE_API marks what `libomtree` exports, OMTREE_LOCAL private classes nested in an exported one. OM_ASSERT_API
+/// marks the assertion handler of `backend/tables/Assert.h`, which is compiled into `libomcell` so that every library
+/// above shares one handler.
 
 #if defined(_WIN32)
 #define OMTREE_LOCAL

@@ -29,6 +29,7 @@ FLOORS = {
     "platform/BackendSettings": 0,
     "platform/CodePageConverter": 0,
     "platform/detail/CodePageNames": 0,
+    "platform/detail/Transcoder": 0,
     "platform/icuTracker": 0,
     "omcell/Export": 1,
     "omcell/OmMemoryRegion": 1,
