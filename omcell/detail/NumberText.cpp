@@ -59,7 +59,7 @@ bool IsHalfWay(double magnitude, int decimals) {
 void Increment(std::string& digits) {
     std::size_t place = digits.find_last_not_of("9.");
     if (place == std::string::npos) {
-        digits.insert(0, "0");
+        digits.insert(digits.begin(), '0');
         place = 0;
     }
     ++digits[place];
@@ -68,9 +68,11 @@ void Increment(std::string& digits) {
     }
 }
 
-std::string ExponentText(int exponent) {
+void AppendExponent(std::string& digits, int exponent) {
     std::string const power = std::to_string(std::abs(exponent));
-    return (exponent < 0 ? "e-" : "e+") + std::string(power.size() < 2 ? "0" : "") + power;
+    digits += exponent < 0 ? "e-" : "e+";
+    digits.append(power.size() < 2 ? 1 : 0, '0');
+    digits += power;
 }
 
 // std::to_chars goes to the even neighbour from half way. One decimal more shows such a value exactly, with a 5 at the
@@ -78,15 +80,18 @@ std::string ExponentText(int exponent) {
 std::string HalfWayUp(double magnitude, std::chars_format notation, int decimals) {
     std::string digits = ToChars(magnitude, notation, decimals + 1);
     std::size_t const end = PartEnd(digits);
-    bool const scientific = end < digits.size();
-    int exponent = scientific ? ExponentIn(digits) : 0;
+    std::string const rest = digits.substr(end);
     digits.resize(end - (decimals == 0 ? 2 : 1));
     Increment(digits);
-    if (scientific && digits[0] == '1' && digits[1] == '0' && (digits.size() == 2 || digits[2] == '.')) {
-        digits.erase(1, 1);
-        exponent += 1;
+    if (rest.empty()) {
+        return digits;
     }
-    return scientific ? digits + ExponentText(exponent) : digits;
+    bool const carried = digits.size() > 1 && digits[1] == '0';
+    if (carried) {
+        digits.erase(1, 1);
+    }
+    AppendExponent(digits, ExponentIn(rest) + (carried ? 1 : 0));
+    return digits;
 }
 
 std::string FixedDigits(double magnitude, int decimals) {
