@@ -80,6 +80,16 @@ Texts OneOfEachKind() {
     return texts;
 }
 
+/// The texts that lie in their region with all they hold, metadata aside. A build that checks handles keeps a counter
+/// of changes for each tree node outside, so a composite is none there.
+Texts WithinTheirRegion() {
+    Texts texts = OneOfEachKind();
+    if (OMTREE_CHECK_HANDLES) {
+        texts.erase(texts.begin());
+    }
+    return texts;
+}
+
 char const* const Names[] = {"OmComposite", "OmStringCell", "OmNumber", "OmVariable",
                              "OmValue",     "OmMessage",    "OmBlank"};
 
@@ -202,7 +212,9 @@ TEST(CellKinds, CloneIsEqualAndOfTheSameKind) {
         std::unique_ptr<OmCellText> const clone(text->Clone(&arena));
         EXPECT_TRUE(OmCellText::Equal(*text, *clone));
         EXPECT_TRUE(OmCellText::Equal(*clone, *text));
-        EXPECT_EQ(typeid(*clone), typeid(*text));
+        OmCellText const& source = *text;
+        OmCellText const& copy = *clone;
+        EXPECT_EQ(typeid(copy), typeid(source));
         EXPECT_EQ(clone->AsString(), text->AsString());
         EXPECT_EQ(clone->AsU8String(), text->AsU8String());
         EXPECT_EQ(clone->AsEngString(), text->AsEngString());
@@ -220,7 +232,7 @@ TEST(CellKinds, OnlyTheBlankIsBlank) {
 }
 
 TEST(CellKinds, SweepLeavesNothingBehindWhetherDestructorsRunOrNot) {
-    for (std::unique_ptr<OmCellText> const& text : OneOfEachKind()) {
+    for (std::unique_ptr<OmCellText> const& text : WithinTheirRegion()) {
         OmMemoryRegion arena(false);
         std::ptrdiff_t const before = omtest::Heap().live;
         text->Clone(&arena);
@@ -238,7 +250,7 @@ TEST(CellKinds, ArenaWithoutASweepLeavesNothingBehindEither) {
     std::ptrdiff_t const before = omtest::Heap().live;
     {
         OmMemoryRegion arena(false);
-        for (std::unique_ptr<OmCellText> const& text : OneOfEachKind()) {
+        for (std::unique_ptr<OmCellText> const& text : WithinTheirRegion()) {
             text->Clone(&arena);
         }
     }
@@ -247,7 +259,7 @@ TEST(CellKinds, ArenaWithoutASweepLeavesNothingBehindEither) {
 
 // Everything but metadata lies in the arena: a text without any leaves the other heap alone.
 TEST(CellKinds, TextsWithoutMetadataHoldNothingOutsideTheirArena) {
-    for (std::unique_ptr<OmCellText> const& text : OneOfEachKind()) {
+    for (std::unique_ptr<OmCellText> const& text : WithinTheirRegion()) {
         text->setMeta(nullptr);
         OmMemoryRegion arena(false);
         std::ptrdiff_t const before = omtest::Heap().live;

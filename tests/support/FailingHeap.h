@@ -51,7 +51,8 @@ int FailEachRequest(Action&& action, Check&& check) {
 
 } // namespace omtest
 
-void* operator new(std::size_t bytes) {
+// Inlined into each other's callers they would show the compiler a free for a new.
+__attribute__((noinline)) void* operator new(std::size_t bytes) {
     omtest::HeapBooks& heap = omtest::Heap();
     void* const block = heap.untilFailure == 0 ? nullptr : std::malloc(bytes != 0 ? bytes : 1);
     if (block == nullptr) {
@@ -65,7 +66,7 @@ void* operator new(std::size_t bytes) {
 
 void* operator new[](std::size_t bytes) { return operator new(bytes); }
 
-void operator delete(void* block) noexcept {
+__attribute__((noinline)) void operator delete(void* block) noexcept {
     omtest::Heap().live -= block != nullptr ? 1 : 0;
     std::free(block);
 }
