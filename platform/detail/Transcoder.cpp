@@ -2,8 +2,49 @@
 
 #include <cerrno>
 #include <cstddef>
+#include <string_view>
 
 namespace om_detail {
+
+namespace {
+
+/// Length of the well-formed sequence at the start of `bytes`, 0 when there is none. The second byte's range is what
+/// keeps out overlong forms, surrogates and values above U+10FFFF.
+std::size_t SequenceLength(std::string_view bytes) {
+    auto const byteAt = [&](std::size_t i) { return i < bytes.size() ? static_cast<unsigned char>(bytes[i]) : 0U; };
+    unsigned int const lead = byteAt(0);
+    if (lead < 0x80) {
+        return 1;
+    }
+    if (lead < 0xC2 || lead > 0xF4) {
+        return 0;
+    }
+    unsigned int const lowest = lead == 0xE0 ? 0xA0 : lead == 0xF0 ? 0x90 : 0x80;
+    unsigned int const highest = lead == 0xED ? 0x9F : lead == 0xF4 ? 0x8F : 0xBF;
+    if (byteAt(1) < lowest || byteAt(1) > highest) {
+        return 0;
+    }
+    std::size_t const length = lead < 0xE0 ? 2 : lead < 0xF0 ? 3 : 4;
+    for (std::size_t i = 2; i < length; ++i) {
+        if (byteAt(i) < 0x80 || byteAt(i) > 0xBF) {
+            return 0;
+        }
+    }
+    return length;
+}
+
+bool IsWellFormed(std::string_view text) {
+    while (!text.empty()) {
+        std::size_t const length = SequenceLength(text);
+        if (length == 0) {
+            return false;
+        }
+        text.remove_prefix(length);
+    }
+    return true;
+}
+
+} // namespace
 
 std::unique_ptr<Transcoder> Transcoder::Open(char const* to, char const* from) {
     if (to == nullptr || from == nullptr) {
@@ -13,12 +54,16 @@ std::unique_ptr<Transcoder> Transcoder::Open(char const* to, char const* from) {
     if (handle == reinterpret_cast<iconv_t>(-1)) {
         return nullptr;
     }
-    return std::unique_ptr<Transcoder>(new Transcoder(handle));
+    return std::unique_ptr<Transcoder>(new Transcoder(handle, std::string_view(from) == "UTF-8"));
 }
 
 Transcoder::~Transcoder() { iconv_close(_handle); }
 
 bool Transcoder::Convert(std::string const& text, std::string& out) const {
+    // The C library's own idea of UTF-8 goes beyond Unicode.
+    if (_fromU8 && !IsWellFormed(text)) {
+        return false;
+    }
     std::string converted;
     char buffer[256];
     std::string source = text; // the C interface takes a modifiable pointer

@@ -22,9 +22,10 @@ public:
     bool Convert(std::string const& text, std::string& out) const;
 
 private:
-    explicit Transcoder(iconv_t handle) : _handle(handle) {}
+    Transcoder(iconv_t handle, bool fromU8) : _handle(handle), _fromU8(fromU8) {}
 
     iconv_t _handle;
+    bool _fromU8;
 };
 
 } // namespace om_detail
