@@ -12,11 +12,11 @@ void OmBlank::Accept(Visitor& visitor) { visitor.Visit(*this); }
 
 short OmBlank::OrderCode() const { return Order; }
 
-std::string OmBlank::AsString() const { return std::string(); }
+std::string OmBlank::AsString() const { return {}; }
 
-std::string OmBlank::AsU8String() const { return std::string(); }
+std::string OmBlank::AsU8String() const { return {}; }
 
-std::string OmBlank::AsEngString() const { return std::string(); }
+std::string OmBlank::AsEngString() const { return {}; }
 
 short OmBlank::Compare(OmCellText const& other) const {
     return dynamic_cast<OmBlank const*>(&other) != nullptr ? short{0} : om_detail::OrderKinds(*this, other);

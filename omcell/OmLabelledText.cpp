@@ -5,8 +5,7 @@
 // Once the delegated constructor is through, the destructor takes care of what a failing clone leaves behind.
 OmLabelledText::OmLabelledText(OmCellText const& meant, OmCellText const* label, OmMemoryRegion* region, ModeType mode)
     : OmLabelledText(region, mode) {
-    _meant = meant.Clone(region);
-    _label = label != nullptr ? label->Clone(region) : nullptr;
+    TakeClones(meant, label);
 }
 
 OmLabelledText::OmLabelledText(OmCellText const& meant, std::string const& label, OmMemoryRegion* region, ModeType mode)
@@ -22,6 +21,11 @@ OmLabelledText::OmLabelledText(OmLabelledText const& source, OmMemoryRegion* reg
 OmLabelledText::OmLabelledText(OmMemoryRegion* region, ModeType mode) : OmPartedText(region), _mode(mode) {}
 
 OmLabelledText::~OmLabelledText() { DestroyParts(); }
+
+void OmLabelledText::TakeClones(OmCellText const& meant, OmCellText const* label) {
+    _meant = meant.Clone(Home());
+    _label = label != nullptr ? label->Clone(Home()) : nullptr;
+}
 
 void OmLabelledText::GiveUpParts(Bin& bin) {
     bin.Take(_meant);

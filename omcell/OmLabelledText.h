@@ -48,6 +48,7 @@ protected:
 private:
     OmLabelledText(OmMemoryRegion* region, ModeType mode);
 
+    void TakeClones(OmCellText const& meant, OmCellText const* label);
     void ListParts(std::vector<Part>& parts) const final;
     void Expand(Form form, Pieces& pieces) const final;
 

@@ -189,16 +189,16 @@ icuTracker* OmPartedText::SetTracker(icuTracker* tracker) {
         OmCellText* const text = TakeLast(pending);
         OmPartedText* const parted = AsParted(text);
         if (parted == nullptr) {
-            text->SetTracker(tracker);
+            if (text != nullptr) {
+                text->SetTracker(tracker);
+            }
             continue;
         }
         parted->OmCellText::SetTracker(tracker);
         parts.clear();
         parted->ListParts(parts);
         for (std::size_t k = parts.size(); k > 0; --k) {
-            if (*parts[k - 1].slot != nullptr) {
-                pending.push_back(*parts[k - 1].slot);
-            }
+            pending.push_back(*parts[k - 1].slot);
         }
     }
     return tracker;

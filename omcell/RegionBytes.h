@@ -44,7 +44,7 @@ public:
     bool empty() const { return _length == 0; }
 
     /// Valid until `Assign` or the end of this object.
-    std::string_view View() const { return std::string_view(_first, _length); }
+    std::string_view View() const { return {_first, _length}; }
     std::string String() const { return std::string(View()); }
 
 private:

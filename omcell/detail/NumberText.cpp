@@ -17,12 +17,12 @@ constexpr std::size_t TextBytes = 1408; // 309 digits, a mark and MostDecimals f
 
 std::string ToChars(double magnitude, std::chars_format notation) {
     char text[TextBytes];
-    return std::string(text, std::to_chars(text, text + TextBytes, magnitude, notation).ptr);
+    return {text, std::to_chars(text, text + TextBytes, magnitude, notation).ptr};
 }
 
 std::string ToChars(double magnitude, std::chars_format notation, int decimals) {
     char text[TextBytes];
-    return std::string(text, std::to_chars(text, text + TextBytes, magnitude, notation, decimals).ptr);
+    return {text, std::to_chars(text, text + TextBytes, magnitude, notation, decimals).ptr};
 }
 
 std::size_t PartEnd(std::string const& digits) { return std::min(digits.find('e'), digits.size()); }
@@ -103,7 +103,7 @@ std::string FixedDigits(double magnitude, int decimals) {
 }
 
 std::string ScientificDigits(double magnitude, int decimals) {
-    std::string const shortest = ToChars(magnitude, std::chars_format::scientific);
+    std::string shortest = ToChars(magnitude, std::chars_format::scientific);
     if (decimals < 0) {
         return shortest;
     }
@@ -193,7 +193,7 @@ std::string ShortestText(double value) {
         return ".";
     }
     char text[64];
-    return std::string(text, std::to_chars(text, text + sizeof(text), value).ptr);
+    return {text, std::to_chars(text, text + sizeof(text), value).ptr};
 }
 
 std::string FormattedText(double value, NumberStyle const& style) {
