@@ -81,8 +81,7 @@ bool OmDisplayLayerHeading::Layout::IsSparse() const {
     return present < threshold;
 }
 
-// --- positions that hold a cell
-// ----------------------------------------------------------------------------------------
+// --- positions that hold a cell -------------------------------------------------------------------------------------
 
 std::vector<std::uint64_t> OmDisplayLayerHeading::Layout::NonEmpty(AxisIndexer const& axis, AxisIndexer const& other,
                                                                    std::vector<int> const& start,
@@ -91,11 +90,13 @@ std::vector<std::uint64_t> OmDisplayLayerHeading::Layout::NonEmpty(AxisIndexer c
 }
 
 bool OmDisplayLayerHeading::Layout::AnyCell(AxisIndexer const& other, std::vector<int>& index) const {
-    if (other.Count() == 0) {
-        return false;
-    }
     OmPivotTable const& readTable = *table;
     Digits digits(other.NDimensions(), 0);
+    other.Scatter(digits, index);
+    // The current layer may be that of a dissolved leaf, whose subscript a look-up refuses.
+    if (std::any_of(index.begin(), index.end(), [](int subscript) { return subscript < 0; })) {
+        return false;
+    }
     do {
         other.Scatter(digits, index);
         if (readTable.Cell(index) != nullptr) {
@@ -109,7 +110,7 @@ std::vector<std::uint64_t> OmDisplayLayerHeading::Layout::ProbePositions(AxisInd
                                                                          AxisIndexer const& other,
                                                                          std::vector<int> const& start) const {
     std::vector<std::uint64_t> positions;
-    if (axis.Count() == 0) {
+    if (axis.Count() == 0 || other.Count() == 0) {
         return positions;
     }
     std::vector<int> index = start;
@@ -141,8 +142,7 @@ std::vector<std::uint64_t> OmDisplayLayerHeading::Layout::ProjectCells(AxisIndex
     return positions;
 }
 
-// --- current layer
-// -----------------------------------------------------------------------------------------------------
+// --- current layer --------------------------------------------------------------------------------------------------
 
 void OmDisplayLayerHeading::Layout::Apply(AxisIndexer const& axis, std::uint64_t position,
                                           std::vector<int>& index) const {
