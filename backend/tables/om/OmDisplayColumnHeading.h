@@ -13,17 +13,22 @@ class OmCellText;
 /// The column heading of a pivot table for the layer that is current in a layer heading: how many columns the body has,
 /// how many heading lines it needs, and which category stands in each heading cell.
 ///
-///     line 0     Sex     Sex     Sex     Sex        heading dimension 0, the LAST dimension of the table's column
-///     axis, line 1     Male    Male    Female  Female     is outermost; each takes as many lines as its deepest shown
-///     label line 2     Age     Age     Age     Age line 3     Adult   Child   Adult   Child      `Column(1)` is (Sex,
-///     Male, Age, Child), `Row(1)` the line of sexes
+///     line 0    Sex     Sex     Sex      Sex         `Column(1)` is (Sex, Male, Age, Child)
+///     line 1    Male    Male    Female   Female      `Row(1)` is the line of sexes
+///     line 2    Age     Age     Age      Age
+///     line 3    Adult   Child   Adult    Child
+///
+/// Heading dimension 0, the LAST dimension of the table's column axis, is outermost. Each dimension takes as many lines
+/// as its deepest shown label.
 ///
 /// Labels run from the dimension's name down to the category. Hidden nodes are left out, a group that hides its labels
 /// is left out with everything below it (even when it is hidden itself), and short lists are filled up with null
 /// pointers below the leaf.
 ///
 /// Column numbers are places in the shown sequence. With skipping, columns without a cell in the current layer are left
-/// out; build a new heading after the layer heading has switched. A number past the sequence gives null pointers.
+/// out; build a new heading after the layer heading has switched. With skipping, a number past the sequence gives null
+/// pointers; without, the outermost dimension takes what is left of the number and has null pointers, while the inner
+/// ones go on counting.
 ///
 /// The layer heading is not owned and outlives this heading. Node pointers are valid as long as the layer heading.
 class OMTREE_API OmDisplayColumnHeading {

@@ -13,16 +13,21 @@ class OmCellText;
 /// The row heading of a pivot table for the layer that is current in a layer heading: how many rows the body has, how
 /// many heading columns it needs, and which category stands in each heading cell.
 ///
-///     corner               `Row(1)` is (Sex, Male, Age, Child); heading dimension 0, the LAST dimension of the table's
-///     row Sex Male   Age Adult axis, is outermost Sex Male   Age Child Sex Female Age Adult `Column(1)` lists the
-///     sexes of all rows
+///     corner
+///     Sex   Male     Age   Adult      `Row(1)` is (Sex, Male, Age, Child)
+///     Sex   Male     Age   Child      `Column(1)` lists the sexes of all rows
+///     Sex   Female   Age   Adult
+///
+/// Heading dimension 0, the LAST dimension of the table's row axis, is outermost.
 ///
 /// It is the column heading turned by a quarter, and adds the corner: the texts in the block above the row heading and
 /// beside the column heading. With dimension names in the corner, each visible dimension name moves there and frees the
 /// heading column that it would take.
 ///
 /// Row numbers are places in the shown sequence. With skipping, rows without a cell in the current layer are left out;
-/// build a new heading after the layer heading has switched. A number past the sequence gives null pointers.
+/// build a new heading after the layer heading has switched. With skipping, a number past the sequence gives null
+/// pointers; without, the outermost dimension takes what is left of the number and has null pointers, while the inner
+/// ones go on counting.
 ///
 /// The layer heading is not owned and outlives this heading. Node pointers are valid as long as the layer heading.
 class OMTREE_API OmDisplayRowHeading {

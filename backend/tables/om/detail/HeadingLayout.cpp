@@ -28,8 +28,7 @@ HeadingLayout::HeadingLayout(OmDisplayLayerHeading& layerHeading, PuppetVector<s
     _depth = static_cast<int>(std::accumulate(_heights.begin(), _heights.end(), 0U));
 }
 
-// --- heights
-// -----------------------------------------------------------------------------------------------------------
+// --- heights --------------------------------------------------------------------------------------------------------
 
 void HeadingLayout::MeasureHeights() {
     for (std::size_t i = 0; i < _indexer.NDimensions(); ++i) {
@@ -69,8 +68,7 @@ int HeadingLayout::HeightAt(int i) const {
                : 0;
 }
 
-// --- positions
-// ---------------------------------------------------------------------------------------------------------
+// --- positions ------------------------------------------------------------------------------------------------------
 
 int HeadingLayout::Positions() const {
     constexpr std::uint64_t Most = std::numeric_limits<int>::max();
@@ -115,8 +113,7 @@ std::vector<HeadingLayout::Path*> HeadingLayout::PathsAt(std::optional<std::uint
     return paths;
 }
 
-// --- cells
-// -------------------------------------------------------------------------------------------------------------
+// --- cells ----------------------------------------------------------------------------------------------------------
 
 HeadingLayout::Nodes HeadingLayout::Labels(Path& path) const {
     Nodes labels;
@@ -196,8 +193,7 @@ void HeadingLayout::Fill(std::vector<int>& index, int position) const {
 
 OmPivotTable& HeadingLayout::Table() const { return *_layers->table; }
 
-// --- corner
-// ------------------------------------------------------------------------------------------------------------
+// --- corner ---------------------------------------------------------------------------------------------------------
 
 void HeadingLayout::MakeCorner() {
     bool placed = false;
