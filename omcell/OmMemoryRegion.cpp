@@ -49,7 +49,8 @@ void Unpoison([[maybe_unused]] void* place, [[maybe_unused]] std::size_t bytes) 
 }
 
 void* TakeFromSystem(std::size_t bytes) {
-    void* place = std::malloc(bytes);
+    // No object is larger than a pointer difference can tell; checking allocators stop a program that asks for one.
+    void* const place = bytes <= static_cast<std::size_t>(PTRDIFF_MAX) ? std::malloc(bytes) : nullptr;
     if (place == nullptr) {
         throw std::bad_alloc();
     }
