@@ -15,7 +15,7 @@
 
 namespace {
 
-constexpr char Source[] = "backend/tables/om/OmPivotTable";
+[[maybe_unused]] constexpr char Source[] = "backend/tables/om/OmPivotTable";
 
 /// Refuses a dimension number outside the table; the two texts name the asking member.
 void CheckWhich(int which, std::size_t dimensions, char const* negative, char const* pastEnd) {
@@ -42,8 +42,7 @@ bool OmPivotTable::IsWarnings() const { return _my->isWarnings; }
 
 bool OmPivotTable::IsNotes() const { return _my->isNotes; }
 
-// --- dimensions
-// --------------------------------------------------------------------------------------------------------
+// --- dimensions ------------------------------------------------------------------------------------------------------
 
 OmDimension& OmPivotTable::AddDimension(OmCellText const& name) {
     OmDimensionNode const root(name, OmDimensionNode::NoSubscript, true, nullptr);
@@ -98,8 +97,7 @@ void OmPivotTable::CopyDimensions(OmPivotTable const& source) {
     }
 }
 
-// --- axes
-// --------------------------------------------------------------------------------------------------------------
+// --- axes ------------------------------------------------------------------------------------------------------------
 
 PuppetVector<short>& OmPivotTable::Rows() { return _my->rows; }
 
@@ -115,8 +113,7 @@ PuppetVector<short> const& OmPivotTable::Layers() const { return _my->layers; }
 
 void OmPivotTable::EndTable() { _my->ReindexAxis(); }
 
-// --- cells
-// -------------------------------------------------------------------------------------------------------------
+// --- cells -----------------------------------------------------------------------------------------------------------
 
 OmCellText const* OmPivotTable::Cell(std::vector<int> const& index) const { return _my->Find(index); }
 
@@ -159,8 +156,7 @@ OmPivotTable::Iterator OmPivotTable::FirstCell() {
 
 OmPivotTable::ConstIterator OmPivotTable::FirstCell() const { return const_cast<OmPivotTable*>(this)->FirstCell(); }
 
-// --- texts
-// -------------------------------------------------------------------------------------------------------------
+// --- texts -----------------------------------------------------------------------------------------------------------
 
 OmCellText* OmPivotTable::CornerText() { return _my->cornerText; }
 
@@ -189,8 +185,7 @@ OmCellText* OmPivotTable::TemplateName() { return _my->templateName; }
 
 OmCellText const* OmPivotTable::TemplateName() const { return _my->templateName; }
 
-// --- footnotes
-// ---------------------------------------------------------------------------------------------------------
+// --- footnotes -------------------------------------------------------------------------------------------------------
 
 int OmPivotTable::Footnote(OmFootnote const& note, bool alwaysNew) {
     OmVector<OmFootnote>& footnotes = _my->footnotes;
@@ -217,8 +212,7 @@ void OmPivotTable::setHasMarkers() { _my->hasMarkers = true; }
 
 bool OmPivotTable::hasMarkers() const { return _my->hasMarkers; }
 
-// --- format areas
-// ------------------------------------------------------------------------------------------------------
+// --- format areas ----------------------------------------------------------------------------------------------------
 
 void OmPivotTable::setAreaFormat(FormatArea* format) {
     if (format == nullptr) {
@@ -240,8 +234,7 @@ FormatArea* OmPivotTable::getAreaFormat(FormatArea::Area area) const {
     return stored != _my->areaFormats.end() ? stored->second : nullptr;
 }
 
-// --- settings and text conversion
-// --------------------------------------------------------------------------------------
+// --- settings and text conversion ------------------------------------------------------------------------------------
 
 void OmPivotTable::setBackendSettings(BackendSettings const& settings) {
     _my->backendSettings = settings;
@@ -272,8 +265,7 @@ icuTracker* OmPivotTable::getU8Tracker() const { return _my->u8Tracker; }
 
 void OmPivotTable::setHelper(OmCellText& text) { text.Accept(_my->helper); }
 
-// --- dumps
-// -------------------------------------------------------------------------------------------------------------
+// --- dumps -----------------------------------------------------------------------------------------------------------
 
 void OmPivotTable::Print() const {
     if (!OM_HARDENED(_my->tableTitle != nullptr, "_my->_tableTitle != 0", Source, __LINE__)) {
@@ -307,7 +299,9 @@ void OmPivotTable::Print() const {
 
 void OmPivotTable::PrintCells() const { PrintCells(_my->cellRoot, 0, 0); }
 
-void OmPivotTable::PrintCells(void const* entry, std::size_t level, std::size_t index) const {
+// Below the last level `node` is a cell: the entries of the store have no type of their own.
+void OmPivotTable::PrintCells(PointerVector* node, std::size_t level, std::size_t index) const {
+    void const* const entry = node;
     for (std::size_t i = 0; i < level; ++i) {
         std::cout << "    [" << index << "] ";
     }
@@ -321,8 +315,7 @@ void OmPivotTable::PrintCells(void const* entry, std::size_t level, std::size_t 
         return;
     }
     std::cout << entry << '\n';
-    PointerVector const* const node = static_cast<PointerVector const*>(entry);
     for (std::size_t i = 0; node != nullptr && i < node->Length(); ++i) {
-        PrintCells(node->Entry(i), level + 1, i);
+        PrintCells(static_cast<PointerVector*>(node->Entry(i)), level + 1, i);
     }
 }

@@ -53,8 +53,7 @@ public:
     class Iterator;
     class PointerVector;
 
-    // --- construction
-    // --------------------------------------------------------------------------------------------------
+    // --- construction ------------------------------------------------------------------------------------------------
 
     /// `title` becomes the part's title, `templateName` is cloned into the table. Whether the table is a table of
     /// warnings or of notes is decided here, by the template name's text ("Warnings", "Notes"), once and for all.
@@ -70,8 +69,7 @@ public:
     bool IsWarnings() const;
     bool IsNotes() const;
 
-    // --- dimensions
-    // ----------------------------------------------------------------------------------------------------
+    // --- dimensions --------------------------------------------------------------------------------------------------
 
     /// Adds a dimension without categories, named by a clone of `name`, and returns it; the table owns it. Cells stored
     /// before get subscript 0 on it. It stands on no axis until its number is written into one.
@@ -99,8 +97,7 @@ public:
     /// _my->_dimensions.size() != 0" (number of dimensions, 0) on a table that has dimensions.
     void CopyDimensions(OmPivotTable const& source);
 
-    // --- axes
-    // ----------------------------------------------------------------------------------------------------------
+    // --- axes --------------------------------------------------------------------------------------------------------
 
     /// Numbers of the dimensions on each axis. A position written past an axis's end fills the gap with -1.
     PuppetVector<short>& Rows();
@@ -115,8 +112,7 @@ public:
     /// of dimensions, number of entries) when the counts differ still.
     void EndTable();
 
-    // --- cells
-    // ---------------------------------------------------------------------------------------------------------
+    // --- cells -------------------------------------------------------------------------------------------------------
 
     /// The cell, or null where there is none (subscripts past what is stored included). Valid until the cell is
     /// replaced or deleted. O(dimensions). Throws OMSException "OmPivotTable::Cell() -- nind !=
@@ -149,10 +145,10 @@ public:
     Iterator FirstCell();
     ConstIterator FirstCell() const;
 
-    // --- texts
-    // --------------------------------------------------------------------------------------------------------- Each
-    // setter destroys the old text, then clones the new one and gives it the table's tracker. Never pass a table's own
-    // text back to its setter.
+    // --- texts -------------------------------------------------------------------------------------------------------
+
+    // Each setter destroys the old text, then clones the new one and gives it the table's tracker.
+    // REQUIRES: the text is not the one that the table holds there (hardened check "text != held").
 
     /// Null until set; null clears.
     OmCellText* CornerText();
@@ -173,8 +169,7 @@ public:
     OmCellText* TemplateName();
     OmCellText const* TemplateName() const;
 
-    // --- footnotes
-    // -----------------------------------------------------------------------------------------------------
+    // --- footnotes ---------------------------------------------------------------------------------------------------
 
     /// Registers a reference to a footnote and returns its number. The first record with an equal text is reused, takes
     /// the note's marker if it has one, and counts up by one, whatever its sign. With `alwaysNew`, or when there is
@@ -193,8 +188,7 @@ public:
     void setHasMarkers();
     bool hasMarkers() const;
 
-    // --- display properties, stored for the rendering side and never interpreted
-    // ---------------------------------------
+    // --- display properties, stored for the rendering side and never interpreted -------------------------------------
 
     /// Whether the table is shown.
     bool Show() const;
@@ -289,8 +283,7 @@ public:
     std::vector<OmCellProperties>& getCellStyles() const;
     std::vector<OmCellProperties>& cellStyles();
 
-    // --- format areas
-    // --------------------------------------------------------------------------------------------------
+    // --- format areas ------------------------------------------------------------------------------------------------
 
     /// Takes ownership of `format` and destroys the one stored for its area before; null is ignored. A format for an
     /// area past the ninth is stored, but can never be read, and a second one for the same area takes its place without
@@ -300,8 +293,7 @@ public:
     /// The stored format, owned by the table, or null. Null for every area past the ninth.
     FormatArea* getAreaFormat(FormatArea::Area area) const;
 
-    // --- settings and text conversion
-    // ----------------------------------------------------------------------------------
+    // --- settings and text conversion --------------------------------------------------------------------------------
 
     /// Takes the engine's settings. The cell limit holds from the next store on. The first call with fast tables on
     /// makes the table's trackers and attaches the first to the part's title, the template name, the table title, every
@@ -318,8 +310,7 @@ public:
     /// Attaches the table's tracker (or null) to a text that the program placed in the table by other means.
     void setHelper(OmCellText& text);
 
-    // --- debug dumps to standard output
-    // --------------------------------------------------------------------------------
+    // --- debug dumps to standard output ------------------------------------------------------------------------------
 
     /// Writes dimensions, cells, corner text, caption and footnotes between two lines that name the table.
     /// REQUIRES: a table title was set (hardened check "_my->_tableTitle != 0").
@@ -329,7 +320,7 @@ public:
     void PrintCells() const;
 
 private:
-    void PrintCells(void const* entry, std::size_t level, std::size_t index) const;
+    void PrintCells(PointerVector* node, std::size_t level, std::size_t index) const;
 
     Data* _my;
 };

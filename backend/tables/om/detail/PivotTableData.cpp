@@ -9,7 +9,7 @@
 
 namespace {
 
-constexpr char Source[] = "backend/tables/om/OmPivotTable";
+[[maybe_unused]] constexpr char Source[] = "backend/tables/om/OmPivotTable";
 
 std::size_t Unsigned(int subscript) { return static_cast<std::size_t>(subscript); }
 
@@ -47,6 +47,9 @@ OmPivotTable::Data::~Data() {
 }
 
 void OmPivotTable::Data::ReplaceText(OmCellText*& held, OmCellText const* text) {
+    if (!OM_HARDENED(text == nullptr || text != held, "text != held", Source, __LINE__)) {
+        return;
+    }
     delete held;
     held = nullptr;
     if (text != nullptr) {
@@ -80,8 +83,7 @@ OmDimension& OmPivotTable::Data::Append(OmDimension* dimension) {
     return *dimension;
 }
 
-// --- cell store
-// --------------------------------------------------------------------------------------------------------
+// --- cell store ------------------------------------------------------------------------------------------------------
 
 void OmPivotTable::Data::WidenStore() {
     if (cellRoot == nullptr) {
@@ -196,8 +198,7 @@ void OmPivotTable::Data::Remove(std::vector<int> const& index) {
     }
 }
 
-// --- axes
-// --------------------------------------------------------------------------------------------------------------
+// --- axes ------------------------------------------------------------------------------------------------------------
 
 void OmPivotTable::Data::ReindexAxis() {
     std::size_t const ndim = _dimensions.size();
@@ -213,8 +214,7 @@ void OmPivotTable::Data::ReindexAxis() {
     }
 }
 
-// --- footnotes
-// ---------------------------------------------------------------------------------------------------------
+// --- footnotes -------------------------------------------------------------------------------------------------------
 
 std::size_t OmPivotTable::Data::FindFootnote(OmFootnote const& note) const {
     std::size_t position = 0;
@@ -250,8 +250,7 @@ void OmPivotTable::Data::AppendFootnote(OmFootnote const& note) {
     added.Count(count < 0 ? count : added.Count() + 1);
 }
 
-// --- trackers
-// ----------------------------------------------------------------------------------------------------------
+// --- trackers --------------------------------------------------------------------------------------------------------
 
 void OmPivotTable::Data::MakeTracker() {
     tracker = new icuTracker({backendSettings.getUnicode(), backendSettings.getLocale()});

@@ -27,6 +27,7 @@ public:
     ~Data();
 
     /// Destroys the held text, then puts a clone of `text` (nothing when null) in its place and visits it.
+    /// REQUIRES: `text` is not the held one (hardened check "text != held").
     void ReplaceText(OmCellText*& held, OmCellText const* text);
 
     /// A dimension in this region, made from a root value or as a copy of another dimension; not in the table yet.
