@@ -9,16 +9,8 @@
 
 OmPivotTable::ICUHelper::~ICUHelper() = default;
 
-void OmPivotTable::ICUHelper::Visit(OmComposite& text) {
-    text.SetTracker(tracker);
-    using Components = OmVectorTree<OmCellText*>;
-    Components::WalkPreOrder(text.Components().Root(), [&](Components::ConstNode const& component) {
-        if (component.Value() != nullptr) {
-            component.Value()->SetTracker(text.Tracker());
-        }
-        return true;
-    });
-}
+// A composite hands its tracker to every part itself, depth first; a walk here as well would tell each part twice.
+void OmPivotTable::ICUHelper::Visit(OmComposite& text) { text.SetTracker(tracker); }
 
 void OmPivotTable::ICUHelper::Visit(OmStringCell& text) { text.SetTracker(tracker); }
 
