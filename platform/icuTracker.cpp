@@ -16,9 +16,11 @@ icuTracker::~icuTracker() = default;
 icuTracker::Converters& icuTracker::Open() const {
     if (_converters == nullptr) {
         char const* const codePage = om_detail::CodePageNamed(_locale);
-        _converters = std::make_unique<Converters>();
-        _converters->toU8 = om_detail::Transcoder::Open("UTF-8", codePage);
-        _converters->fromU8 = om_detail::Transcoder::Open(codePage, "UTF-8");
+        // Both or none: a half made pair would refuse every later text.
+        auto converters = std::make_unique<Converters>();
+        converters->toU8 = om_detail::Transcoder::Open("UTF-8", codePage);
+        converters->fromU8 = om_detail::Transcoder::Open(codePage, "UTF-8");
+        _converters = std::move(converters);
     }
     return *_converters;
 }
