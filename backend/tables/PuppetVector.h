@@ -3,6 +3,7 @@
 
 #include <cstddef>
 #include <initializer_list>
+#include <iterator>
 #include <stdexcept>
 #include <type_traits>
 #include <utility>
@@ -13,9 +14,8 @@
 ///  - `operator[]` on a modifiable vector grows to the position, filling the gap (the position included) with the fill
 ///    value. The largest position is `max_size() - 1`.
 ///  - `operator[]` on a const vector gives the fill value for a position past the end. Nothing grows.
-///  - Everything else is the interface of a standard sequence container over a contiguous block; `resize` without a
-///  value
-///    fills with the fill value too.
+///  - Everything else is the interface of a standard sequence container over a contiguous block, `at` included, which
+///    never grows; `resize` without a value fills with the fill value too.
 ///
 /// A copy takes the fill value along, so does an assignment from another PuppetVector; assignment from a list of
 /// elements keeps it. Comparison looks at the elements alone. Iterators and references are invalidated as those of
@@ -26,6 +26,10 @@ template <typename T>
 class PuppetVector {
     static_assert(!std::is_same_v<T, bool>, "elements are handed out by reference");
     using Sequence = std::vector<T>;
+
+    // Keeps (count, value) calls with two integers away from the range forms.
+    template <typename Input>
+    using IfIterator = typename std::iterator_traits<Input>::iterator_category;
 
 public:
     using value_type = T;
@@ -43,8 +47,9 @@ public:
     /// Empty, with the value that fills gaps (T's default value when none is given).
     explicit PuppetVector(T fill = T()) : _fill(std::move(fill)) {}
     PuppetVector(std::initializer_list<T> elements, T fill) : _elements(elements), _fill(std::move(fill)) {}
-    template <typename Input>
-    PuppetVector(Input first, Input last, T fill) : _elements(first, last), _fill(fill) {}
+    PuppetVector(size_type count, T const& value, T fill) : _elements(count, value), _fill(std::move(fill)) {}
+    template <typename Input, typename = IfIterator<Input>>
+    PuppetVector(Input first, Input last, T fill) : _elements(first, last), _fill(std::move(fill)) {}
 
     PuppetVector& operator=(std::initializer_list<T> elements) {
         _elements = elements;
@@ -104,7 +109,7 @@ public:
 
     void assign(size_type count, T const& value) { _elements.assign(count, value); }
     void assign(std::initializer_list<T> elements) { _elements.assign(elements); }
-    template <typename Input>
+    template <typename Input, typename = IfIterator<Input>>
     void assign(Input first, Input last) {
         _elements.assign(first, last);
     }
@@ -118,13 +123,14 @@ public:
     void pop_back() { _elements.pop_back(); }
 
     iterator insert(const_iterator place, T const& value) { return _elements.insert(place, value); }
+    iterator insert(const_iterator place, T&& value) { return _elements.insert(place, std::move(value)); }
     iterator insert(const_iterator place, size_type count, T const& value) {
         return _elements.insert(place, count, value);
     }
     iterator insert(const_iterator place, std::initializer_list<T> elements) {
         return _elements.insert(place, elements);
     }
-    template <typename Input>
+    template <typename Input, typename = IfIterator<Input>>
     iterator insert(const_iterator place, Input first, Input last) {
         return _elements.insert(place, first, last);
     }
@@ -136,8 +142,9 @@ public:
     iterator erase(const_iterator first, const_iterator last) { return _elements.erase(first, last); }
 
     void swap(PuppetVector& other) noexcept {
-        _elements.swap(other._elements);
-        std::swap(_fill, other._fill);
+        using std::swap;
+        swap(_elements, other._elements);
+        swap(_fill, other._fill);
     }
     friend void swap(PuppetVector& a, PuppetVector& b) noexcept { a.swap(b); }
 
