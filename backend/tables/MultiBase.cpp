@@ -38,13 +38,9 @@ std::vector<std::uint32_t> MultiBase::Digits(std::uint64_t number) const {
 }
 
 std::uint64_t MultiBase::Number(std::vector<std::uint32_t> const& digits) const {
-    std::uint64_t number = 0;
-    std::size_t i = 0;
-    if (!digits.empty()) {
-        number = digits[0];
-        for (i = 1; i < _bases.size() && i < digits.size(); ++i) {
-            number = number * _bases[i] + digits[i];
-        }
+    std::uint64_t number = digits.empty() ? 0 : digits[0];
+    for (std::size_t i = 1; i < _bases.size() && i < digits.size(); ++i) {
+        number = number * _bases[i] + digits[i];
     }
     OM_ASSERT(digits.size() == _bases.size(), "digit == end && i == size", Source, 148);
     return number;
