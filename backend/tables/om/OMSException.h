@@ -17,8 +17,8 @@ public:
     ~OMSException() override;
 
     /// The message, ", value 1 == ", value 1, ", value 2 == ", value 2, each value as a standard stream writes a double
-    /// by default (six significant digits). Composed anew on each call: the pointer is valid until the next call on the
-    /// same object. When there is no memory for it, the message alone.
+    /// by default (six significant digits), whatever the global locale. Composed anew on each call: the pointer is
+    /// valid until the next call on the same object. When there is no memory for it, the message alone.
     char const* what() const noexcept override;
 
     std::string const& Message() const { return _message; }
