@@ -178,6 +178,7 @@ private:
     }
 
     T* AllocateFor(size_type count) {
+        static_assert(alignof(T) <= alignof(std::max_align_t), "regions align for standard types");
         if (count > static_cast<size_type>(-1) / sizeof(T)) {
             throw std::bad_alloc();
         }
