@@ -8,7 +8,6 @@
 #include <cstddef>
 #include <cstdint>
 #include <iterator>
-#include <memory>
 #include <new>
 #include <type_traits>
 #include <utility>
@@ -16,6 +15,10 @@
 
 #ifndef OMTREE_CHECK_HANDLES
 #define OMTREE_CHECK_HANDLES 0
+#endif
+
+#if OMTREE_CHECK_HANDLES
+#include <memory>
 #endif
 
 /// Ordered tree whose nodes hold their children by value, one block for each parent.
@@ -38,8 +41,9 @@
 ///
 /// Handles (`Node`, `ConstNode`) are a node pointer and a depth, copied freely. A handle is valid until the children
 /// vector that holds its node changes (any insertion, erasure or move relocates elements); re-fetch it from the root.
-/// A build with OMTREE_CHECK_HANDLES=1 gives every children vector an epoch, lets handles remember it, and reports a
-/// stale handle ("handle is not stale") at its first use.
+/// A build with OMTREE_CHECK_HANDLES=1 counts the changes of every children vector and lets the handles that `Child`,
+/// `Parent`, `AddChild` and the ranges give remember the count; a stale one is reported at its first use ("handle is
+/// not stale", source `backend/tables/om/VectorTree`). A handle made of a bare pointer is not followed.
 ///
 /// REQUIRES of T: copyable; when T can be made from (T const&, OmMemoryRegion*), copies below the root are made that
 /// way.
@@ -50,6 +54,19 @@ public:
     class Node;
     class ConstNode;
     class Subtree;
+    template <typename Handle>
+    class ChildIterator;
+
+    /// Asks a node for a copy of a value instead of a value made from arguments.
+    struct CopyOf {};
+
+#if OMTREE_CHECK_HANDLES
+    /// Counts the changes of one children vector. Handles share it, so it can be asked after its node is gone.
+    struct Epoch {
+        std::uint64_t changes = 0;
+        std::weak_ptr<Epoch const> above; ///< of the vector that holds the owner; empty while the owner is in none
+    };
+#endif
 
     /// One node. Trees hand these out through handles; programs do not make them.
     struct TreeNode {
@@ -61,14 +78,9 @@ public:
         TreeNode(OmMemoryRegion* region, TreeNode* above, Arguments&&... arguments)
             : value(std::forward<Arguments>(arguments)...), children(region), parent(above) {}
 
-        /// Appends a childless node that holds a copy of `source`, made for `region` where T can be copied into one.
-        static TreeNode& Append(TreeNode& above, T const& source, OmMemoryRegion* region) {
-            if constexpr (std::is_constructible_v<T, T const&, OmMemoryRegion*>) {
-                return above.children.emplace_back(region, &above, source, region);
-            } else {
-                return above.children.emplace_back(region, &above, source);
-            }
-        }
+        /// A childless node that holds a copy of `source`, made for `region` where T can be copied into one.
+        TreeNode(OmMemoryRegion* region, TreeNode* above, CopyOf, T const& source)
+            : value(Copied(source, region)), children(region), parent(above) {}
 
         TreeNode(TreeNode const&) = delete;
         TreeNode& operator=(TreeNode const&) = delete;
@@ -82,12 +94,30 @@ public:
         /// Destroys the subtree below this node, iteratively.
         void DestroyChildren();
 
+        /// Points every child at this node.
+        void AdoptChildren() {
+            for (TreeNode& child : children) {
+                child.parent = this;
+            }
+        }
+
 #if OMTREE_CHECK_HANDLES
-        std::shared_ptr<std::uint64_t> epoch = std::make_shared<std::uint64_t>(0);
-        void ChildrenChanged() { ++*epoch; }
+        std::shared_ptr<Epoch> epoch = std::make_shared<Epoch>();
+        void ChildrenChanged() { ++epoch->changes; }
+        void StandsBelow(TreeNode const& above) { epoch->above = above.epoch; }
 #else
         void ChildrenChanged() {}
+        void StandsBelow(TreeNode const&) {}
 #endif
+
+    private:
+        static T Copied(T const& source, [[maybe_unused]] OmMemoryRegion* region) {
+            if constexpr (std::is_constructible_v<T, T const&, OmMemoryRegion*>) {
+                return T(source, region);
+            } else {
+                return T(source);
+            }
+        }
     };
 
     /// All ones: what `ChildPosition` gives for "no child".
@@ -146,7 +176,41 @@ public:
     static void WalkPreOrder(ConstNode const& start, Enter&& enter);
 
 private:
+    /// Appends a childless node that holds a copy of `source`.
+    static TreeNode& Append(TreeNode& above, T const& source, OmMemoryRegion* region) {
+        TreeNode& child = above.children.emplace_back(region, &above, CopyOf{}, source);
+        child.StandsBelow(above);
+        above.ChildrenChanged();
+        return child;
+    }
+
     TreeNode _root;
+};
+
+/// Steps over the children of one node, giving each as a handle.
+template <typename T>
+template <typename Handle>
+class OmVectorTree<T>::ChildIterator {
+public:
+    using iterator_category = std::input_iterator_tag;
+    using value_type = Handle;
+    using difference_type = std::ptrdiff_t;
+    using pointer = void;
+    using reference = Handle;
+
+    ChildIterator(Handle const& parent, std::size_t position) : _parent(parent), _position(position) {}
+    Handle operator*() const { return _parent.Child(_position); }
+    ChildIterator& operator++() {
+        ++_position;
+        return *this;
+    }
+    ChildIterator operator++(int) { return ChildIterator(_parent, _position++); }
+    friend bool operator==(ChildIterator const& a, ChildIterator const& b) { return a._position == b._position; }
+    friend bool operator!=(ChildIterator const& a, ChildIterator const& b) { return a._position != b._position; }
+
+private:
+    Handle _parent;
+    std::size_t _position;
 };
 
 /// Read-only handle: node pointer and depth (0 for the root). A default-made handle is null.
@@ -163,11 +227,19 @@ public:
     T const& Value() const { return Ptr()->value; }
     std::size_t ChildCount() const { return Ptr()->children.size(); }
     /// Child number k. REQUIRES: k < ChildCount().
-    ConstNode Child(std::size_t k) const { return Below(Ptr()->children.data() + k); }
+    ConstNode Child(std::size_t k) const {
+        ConstNode child(Ptr()->children.data() + k, _depth + 1);
+        child.WatchBelow(*_node);
+        return child;
+    }
     /// The handle (parent pointer, depth - 1); null for the root.
-    ConstNode Parent() const { return ConstNode(Ptr()->parent, Ptr()->parent != nullptr ? _depth - 1 : 0); }
+    ConstNode Parent() const {
+        ConstNode parent(Ptr()->parent, _depth - 1);
+        parent.WatchAbove(*this);
+        return parent;
+    }
 
-    class Iterator;
+    using Iterator = ChildIterator<ConstNode>;
     Iterator begin() const { return Iterator(*this, 0); }
     Iterator end() const { return Iterator(*this, ChildCount()); }
 
@@ -183,54 +255,32 @@ public:
 private:
     friend class Node;
 
-    ConstNode Below(TreeNode const* child) const {
-        ConstNode handle(child, _depth + 1);
-        handle.Remember(*_node);
-        return handle;
-    }
-
 #if OMTREE_CHECK_HANDLES
-    void Remember(TreeNode const& parent) {
-        _epoch = parent.epoch;
-        _seen = *_epoch;
+    void WatchBelow(TreeNode const& parent) { Watch(parent.epoch); }
+    // The parent pointer may still wait for `Reparent`, so the way up leads over the epochs alone.
+    void WatchAbove(ConstNode const& child) {
+        if (child._epoch != nullptr) {
+            Watch(child._epoch->above.lock());
+        }
+    }
+    void Watch(std::shared_ptr<Epoch const> epoch) {
+        _epoch = std::move(epoch);
+        _seen = _epoch != nullptr ? _epoch->changes : 0;
     }
     void CheckFresh() const {
-        OM_ASSERT(_epoch == nullptr || *_epoch == _seen, "handle is not stale", "backend/tables/om/VectorTree",
+        OM_ASSERT(_epoch == nullptr || _epoch->changes == _seen, "handle is not stale", "backend/tables/om/VectorTree",
                   __LINE__);
     }
-    std::shared_ptr<std::uint64_t> _epoch;
+    std::shared_ptr<Epoch const> _epoch; ///< of the children vector that holds the node; null when not followed
     std::uint64_t _seen = 0;
 #else
-    void Remember(TreeNode const&) {}
+    void WatchBelow(TreeNode const&) {}
+    void WatchAbove(ConstNode const&) {}
     void CheckFresh() const {}
 #endif
 
     TreeNode const* _node = nullptr;
     unsigned int _depth = 0;
-};
-
-/// Steps over the children of one node as handles.
-template <typename T>
-class OmVectorTree<T>::ConstNode::Iterator {
-public:
-    using iterator_category = std::input_iterator_tag;
-    using value_type = ConstNode;
-    using difference_type = std::ptrdiff_t;
-    using pointer = void;
-    using reference = ConstNode;
-
-    Iterator(ConstNode const& parent, std::size_t position) : _parent(parent), _position(position) {}
-    ConstNode operator*() const { return _parent.Child(_position); }
-    Iterator& operator++() {
-        ++_position;
-        return *this;
-    }
-    friend bool operator==(Iterator const& a, Iterator const& b) { return a._position == b._position; }
-    friend bool operator!=(Iterator const& a, Iterator const& b) { return a._position != b._position; }
-
-private:
-    ConstNode _parent;
-    std::size_t _position;
 };
 
 /// Handle that gives write access to the value. Converts to a ConstNode.
@@ -249,6 +299,10 @@ public:
     Node Child(std::size_t k) const { return Node(_handle.Child(k)); }
     Node Parent() const { return Node(_handle.Parent()); }
     TreeNode* Ptr() const { return const_cast<TreeNode*>(_handle.Ptr()); }
+
+    using Iterator = ChildIterator<Node>;
+    Iterator begin() const { return Iterator(*this, 0); }
+    Iterator end() const { return Iterator(*this, ChildCount()); }
 
     friend bool operator==(Node const& a, Node const& b) { return a._handle == b._handle; }
     friend bool operator!=(Node const& a, Node const& b) { return a._handle != b._handle; }
@@ -332,11 +386,10 @@ typename OmVectorTree<T>::Node OmVectorTree<T>::AddChild(Node const& parent, T c
     TreeNode* const above = parent.Ptr();
     OmVector<TreeNode>& children = above->children;
     TreeNode* const before = children.data();
-    TreeNode::Append(*above, value, Region());
-    above->ChildrenChanged();
+    Append(*above, value, Region());
     if (children.data() != before && children.size() > 1) {
-        for (std::size_t k = 0; k < children.size(); ++k) {
-            Reparent(parent.Child(k), false);
+        for (TreeNode& child : children) {
+            child.AdoptChildren();
         }
     }
     return parent.Child(children.size() - 1);
@@ -356,15 +409,18 @@ void OmVectorTree<T>::InsertBefore(Node const& parent, Subtree subtree, T const*
 
 template <typename T>
 void OmVectorTree<T>::InsertAt(Node const& parent, Subtree subtree, std::size_t position) {
-    parent.Ptr()->children.RelocateIn(position, subtree._node);
+    TreeNode* const above = parent.Ptr();
+    above->children.RelocateIn(position, subtree._node);
     subtree.Forget();
-    parent.Ptr()->ChildrenChanged();
+    above->children[position].StandsBelow(*above);
+    above->ChildrenChanged();
 }
 
 template <typename T>
 void OmVectorTree<T>::EraseChild(Node const& parent, std::size_t position) {
-    parent.Ptr()->children.erase(position);
-    parent.Ptr()->ChildrenChanged();
+    TreeNode* const above = parent.Ptr();
+    above->children.erase(position);
+    above->ChildrenChanged();
 }
 
 template <typename T>
@@ -385,14 +441,7 @@ typename OmVectorTree<T>::Subtree OmVectorTree<T>::CopySubtree(ConstNode const& 
         TreeNode const* from;
         TreeNode* to;
     };
-    auto const makeTop = [region, newParent](T const& value) {
-        if constexpr (std::is_constructible_v<T, T const&, OmMemoryRegion*>) {
-            return Subtree(region, newParent, value, region);
-        } else {
-            return Subtree(region, newParent, value);
-        }
-    };
-    Subtree copy = makeTop(source.Value());
+    Subtree copy(region, newParent, CopyOf{}, source.Value());
     copy.Ptr()->children.reserve(source.ChildCount());
     std::vector<Frame> path{{source.Ptr(), copy.Ptr()}};
     while (!path.empty()) {
@@ -403,7 +452,7 @@ typename OmVectorTree<T>::Subtree OmVectorTree<T>::CopySubtree(ConstNode const& 
             continue;
         }
         TreeNode const& child = frame.from->children[done];
-        TreeNode& below = TreeNode::Append(*frame.to, child.value, region);
+        TreeNode& below = Append(*frame.to, child.value, region);
         below.children.reserve(child.children.size());
         path.push_back({&child, &below});
     }
@@ -412,16 +461,26 @@ typename OmVectorTree<T>::Subtree OmVectorTree<T>::CopySubtree(ConstNode const& 
 
 template <typename T>
 void OmVectorTree<T>::Reparent(Node const& node, bool recursive) {
-    std::vector<TreeNode*> pending{node.Ptr()};
-    while (!pending.empty()) {
-        TreeNode* const above = pending.back();
-        pending.pop_back();
-        for (TreeNode& child : above->children) {
-            child.parent = above;
-            if (recursive && !child.children.empty()) {
-                pending.push_back(&child);
+    TreeNode* const top = node.Ptr();
+    top->AdoptChildren();
+    if (!recursive) {
+        return;
+    }
+    // Pre-order. Every pointer that leads back up was set on the way down.
+    TreeNode* place = top;
+    for (;;) {
+        if (!place->children.empty()) {
+            place = place->children.begin();
+        } else {
+            while (place != top && place + 1 == place->parent->children.end()) {
+                place = place->parent;
             }
+            if (place == top) {
+                return;
+            }
+            ++place;
         }
+        place->AdoptChildren();
     }
 }
 
