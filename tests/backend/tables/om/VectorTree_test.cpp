@@ -172,7 +172,7 @@ TEST_F(VectorTree, ChildrenGrowFourEightSixteen) {
     EXPECT_EQ(capacities, (std::vector<std::size_t>{4, 8, 16, 32, 64}));
 }
 
-// Pointers that are wrong on purpose show which ones are written: below every child when the storage moved, none else.
+// Pointers made wrong show which ones are written: below every child when the storage moved, none else.
 TEST_F(VectorTree, AddChildRepairsGrandchildrenOnlyWhenTheStorageMoved) {
     Grow("1(11) 2 3");
     Block()[0].children[0].parent = nullptr;
