@@ -1,10 +1,37 @@
 #!/usr/bin/env bash
-# Shows what the cross tabulation tool does with the passengers of the Titanic.
+# Shows what the cross tabulation tool does with the people aboard the Titanic.
 #
 #     tools/demo.sh TOOL
 set -euo pipefail
 
-tool=$1
-data=$(dirname "$0")/../examples/data/titanic.csv
+tool=$(realpath "$1")
+cd "$(dirname "$0")/../examples/data"
 
-"$tool" --title "Titanic" --rows Class,Sex --columns Age,Survived "$data"
+# Prints a command as a user would type it, then what it prints.
+show() {
+    local line='$ omtree-crosstab' word
+    for word; do
+        if [[ $word == --* && ${#line} -gt 60 ]]; then
+            echo "$line \\"
+            line='   '
+        fi
+        [[ $word =~ ^[A-Za-z0-9_.,:=-]+$ ]] || word="'$word'"
+        line+=" $word"
+    done
+    printf '%s\n\n' "$line"
+    "$tool" "$@"
+    echo
+}
+
+echo "== Nested rows, names in the corner: every cell is a sum of the column Freq =="
+show titanic.csv --sum Freq --rows Class,Sex --columns Age,Survived --names-in-corner \
+    --title "People aboard the Titanic"
+
+echo "== A group of classes, and ages as layers; among the children the crew's empty rows are left out =="
+show titanic.csv --sum Freq --rows Class,Sex --columns Survived --layers Age --names-in-corner \
+    --group "Class=Passengers:1st,2nd,3rd" --title "Who survived" \
+    --caption "Layers, rows and columns without anybody are not shown." --footnote "2,201 people in all."
+
+echo "== The same layer by layer with everything kept, names beside their categories =="
+show titanic.csv --sum Freq --rows Class --columns Sex,Survived --layers Age --keep-empty \
+    --group "Class=Passengers:1st,2nd,3rd"
