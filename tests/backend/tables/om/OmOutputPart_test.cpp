@@ -7,9 +7,9 @@
 #include "backend/tables/om/OmTextBlock.h"
 #include "omcell/OmStringCell.h"
 #include "tests/support/ForeignText.h"
-#include "tests/support/PartVisitor.h"
 #include "tests/support/SlotOrder.h"
 #include "tests/support/Undestroyed.h"
+#include "tests/support/VisitLog.h"
 
 #include <gtest/gtest.h>
 
