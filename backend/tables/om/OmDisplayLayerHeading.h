@@ -69,8 +69,8 @@ public:
 
     /// `SwitchLayer(getLayer() + 1)`.
     bool NextLayer();
-    /// Makes layer n current. -1 goes back before the first layer and gives false; any other n outside 0 to the number
-    /// of layers less one changes nothing and gives false.
+    /// Makes layer n current. -1 goes back before the first layer, leaves the current cell index and gives false; any
+    /// other n outside 0 to the number of layers less one changes nothing and gives false.
     bool SwitchLayer(int n);
     /// Makes the last layer current.
     void LastLayer();
@@ -78,7 +78,8 @@ public:
     /// The current layer's place in the enumeration, -1 before the first.
     int getLayer() const;
 
-    /// One category for each table dimension: the current layer's for the layer dimensions, else 0.
+    /// One category for each table dimension: for the layer dimensions that of the layer switched to last (0 before; a
+    /// digit past the shown categories keeps the one before it), else 0.
     std::vector<int> getCurrentCellIndex() const;
 
     /// Takes the table's stored layer (`OmPivotTable::getLayerLoc`) as the current one, unchecked, and returns it. The
