@@ -4,7 +4,9 @@
 #include "backend/tables/Assert.h"
 
 #include <algorithm>
+#include <functional>
 #include <list>
+#include <utility>
 
 /// One record of a ListTree: a value and the depth at which it stands.
 template <typename T>
@@ -17,9 +19,9 @@ struct ListTreeData {
     }
     friend bool operator!=(ListTreeData const& a, ListTreeData const& b) { return !(a == b); }
 
-    /// By depth first, then by value (address order for pointers).
+    /// By depth first, then by value. std::less, because `<` promises no order for pointers to unrelated objects.
     friend bool operator<(ListTreeData const& a, ListTreeData const& b) {
-        return a.level < b.level || (a.level == b.level && a.value < b.value);
+        return a.level < b.level || (a.level == b.level && std::less<T>()(a.value, b.value));
     }
 };
 
@@ -43,6 +45,9 @@ struct ListTreeData {
 /// made. That cached level is not refreshed (`Flatten` and `Erase` change levels): `AppendChild`, `IsLeaf`, `Prune` and
 /// the levels that `Move` compares read the cached one, `Flatten` and `Erase` the record's. A handle's position stays
 /// valid until its record is removed, whatever happens to other records.
+///
+/// `Flatten` and `Erase` do nothing with a handle on the end. The other calls expect a live one, which is a hardened
+/// check ("node.position != end"); when its handler returns, they do nothing.
 template <typename T>
 class ListTree {
 public:
@@ -78,21 +83,34 @@ public:
     Records const& List() const { return _records; }
 
     /// Adds a node as parent's last child: at the end of the subtree that parent's cached level bounds, one level below
-    /// that level. O(records in that subtree).
+    /// that level. O(records in that subtree). REQUIRES: a live handle; at the end nothing is added and the end given
+    /// back.
     Node AppendChild(Node const& parent, T value) {
+        if (!IsLive(parent.Position(), __LINE__)) {
+            return parent;
+        }
         auto const place = SearchForward(parent.Position(), parent.Level());
-        return Node(*this, _records.insert(place, Record{value, parent.Level() + 1}));
+        return Node(*this, _records.insert(place, Record{std::move(value), parent.Level() + 1}));
     }
 
     /// Whether the record behind the node is the end or not deeper than the handle's cached level. O(1).
+    /// REQUIRES: a live handle; the end counts as a leaf.
     bool IsLeaf(ConstNode const& node) const {
         auto next = node.Position();
+        if (!IsLive(next, __LINE__)) {
+            return true;
+        }
         ++next;
         return next == _records.end() || next->level <= node.Level();
     }
 
     /// Removes the node and the descendants that its cached level bounds. O(records removed).
-    void Prune(Node const& node) { _records.erase(node.Position(), SearchForward(node.Position(), node.Level())); }
+    /// REQUIRES: a live handle; at the end nothing is removed.
+    void Prune(Node const& node) {
+        if (IsLive(node.Position(), __LINE__)) {
+            _records.erase(node.Position(), SearchForward(node.Position(), node.Level()));
+        }
+    }
 
     /// Removes the node alone; its descendants move up one level into its place. The handle is invalid afterwards. Does
     /// nothing at the end. O(descendants).
@@ -118,19 +136,23 @@ public:
 
     /// Moves the records [begin, end) of another tree into this one, before `target`, levels unchanged. When a copy
     /// throws, this tree is as before and the other untouched. O(records moved).
-    /// Assertions, in this order, source `backend/tables/ListTree`: "target._tree == this" (503), "begin._tree ==
-    /// end._tree" (504), "target._tree != begin._tree" (505), "begin.Level() == target.Level()" (506). After either of
-    /// the first two there is nothing sound to carry on with: with a handler that returns, the call does nothing.
+    ///
+    /// Assertions, in this order, source `backend/tables/ListTree`, by the handles' cached levels:
+    ///
+    ///     503  target._tree == this             505  target._tree != begin._tree
+    ///     504  begin._tree == end._tree         506  begin.Level() == target.Level()
+    ///
+    /// With a handler that returns, the call carries on: the records go before `target` in whichever tree that stands.
+    /// Only a run that ends in another tree than it begins in (504) has no end to go to, and stays where it is.
     void Move(Node const& target, Node const& begin, Node const& end) {
-        constexpr char Source[] = "backend/tables/ListTree";
-        bool const ours = OM_ASSERT(target._tree == this, "target._tree == this", Source, 503);
-        bool const oneRange = OM_ASSERT(begin._tree == end._tree, "begin._tree == end._tree", Source, 504);
-        OM_ASSERT(target._tree != begin._tree, "target._tree != begin._tree", Source, 505);
-        OM_ASSERT(begin.Level() == target.Level(), "begin.Level() == target.Level()", Source, 506);
-        if (!ours || !oneRange) {
+        OM_ASSERT(target._tree == this, "target._tree == this", TreeSource, 503);
+        bool const endsThere = OM_ASSERT(begin._tree == end._tree, "begin._tree == end._tree", TreeSource, 504);
+        OM_ASSERT(target._tree != begin._tree, "target._tree != begin._tree", TreeSource, 505);
+        OM_ASSERT(begin.Level() == target.Level(), "begin.Level() == target.Level()", TreeSource, 506);
+        if (!endsThere) {
             return;
         }
-        _records.insert(target.Position(), begin.Position(), end.Position());
+        target._tree->_records.insert(target.Position(), begin.Position(), end.Position());
         begin._tree->_records.erase(begin.Position(), end.Position());
     }
 
@@ -158,6 +180,12 @@ protected:
     ConstPosition SearchBackward(ConstPosition position, int level) const { return Backward(position, level); }
 
 private:
+    static constexpr char TreeSource[] = "backend/tables/ListTree";
+
+    bool IsLive([[maybe_unused]] ConstPosition position, [[maybe_unused]] int line) const {
+        return OM_HARDENED(position != _records.end(), "node.position != end", TreeSource, line);
+    }
+
     template <typename Iterator>
     static Iterator Forward(Iterator position, Iterator end, int level) {
         if (position == end) {
