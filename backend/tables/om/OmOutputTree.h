@@ -50,7 +50,8 @@ public:
 /// first of them.
 ///
 /// At level 0 or 1 the node stays: everything below it is pruned, first child first, and a new text block titled by
-/// `text` becomes its only child. Returns a handle on that.
+/// `text` becomes its only child. Returns a handle on that. `text` is read after the pruning, so it is no title of a
+/// part below the node.
 ///
 /// The block's lines are to be in `codePage`. O(records below the node).
 /// REQUIRES: the handle is not at the end (hardened check "node.position != end"); on the first path, a part to take
