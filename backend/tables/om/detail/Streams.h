@@ -2,6 +2,7 @@
 #define OMTREE_BACKEND_TABLES_OM_DETAIL_STREAMS_H
 
 #include <cstddef>
+#include <functional>
 #include <string>
 #include <vector>
 
@@ -16,10 +17,14 @@ inline void AppendChunk(std::string& stream, char const* bytes, unsigned int len
     }
 }
 
-/// The same for streams that come in few large chunks: reserves just what is needed first.
+/// The same for streams that come in few large chunks: reserves just what is needed first. The chunk may be a piece of
+/// the stream itself, which moves when room is made.
 inline void ReserveAndAppendChunk(std::string& stream, char const* bytes, unsigned int length) {
+    std::less<char const*> const before;
+    bool const isPiece = !before(bytes, stream.data()) && before(bytes, stream.data() + stream.size());
+    std::ptrdiff_t const offset = isPiece ? bytes - stream.data() : 0;
     stream.reserve(stream.size() + length);
-    AppendChunk(stream, bytes, length);
+    AppendChunk(stream, isPiece ? stream.data() + offset : bytes, length);
 }
 
 /// Files attached to a part: names and contents in two parallel lists. A producer sends a name, then the content in one
@@ -28,17 +33,20 @@ struct Attachments {
     std::vector<std::string> names;
     std::vector<std::string> contents;
 
-    void AddName(char const* bytes, unsigned int length) {
-        names.emplace_back();
-        AppendChunk(names.back(), bytes, length);
-    }
+    void AddName(char const* bytes, unsigned int length) { names.push_back(Chunk(bytes, length)); }
 
     /// Continues the last content while every name has one; otherwise begins a new one.
     void AddContent(char const* bytes, unsigned int length) {
-        if (contents.empty() || contents.size() != names.size()) {
-            contents.emplace_back();
+        if (contents.size() == names.size() && !contents.empty()) {
+            AppendChunk(contents.back(), bytes, length);
+        } else {
+            contents.push_back(Chunk(bytes, length));
         }
-        AppendChunk(contents.back(), bytes, length);
+    }
+
+private:
+    static std::string Chunk(char const* bytes, unsigned int length) {
+        return length != 0 ? std::string(bytes, length) : std::string();
     }
 };
 
