@@ -167,7 +167,7 @@ def check_help(tool):
 
 
 def main():
-    tool, root = sys.argv[1], sys.argv[2]
+    tool, root = os.path.abspath(sys.argv[1]), os.path.abspath(sys.argv[2])
     failed = count = 0
     results = [check_inputs(tool), check_outputs(tool, f"{root}/examples/data/{TITANIC}"), check_help(tool)]
     for name, problem in (result for group in results for result in group):

@@ -62,6 +62,15 @@ def body_total(text):
     return sum(int(number) for line in text.split("\n") for number in re.findall(r"(?<=│)\s+(\d+)\s(?=│)", line))
 
 
+def standard_input_differs(tool, data):
+    """Whether the table of a file differs when it comes through standard input."""
+    arguments = ["--rows=Class", "--columns=Age"]
+    by_name = subprocess.run([tool, str(data), *arguments], capture_output=True, check=True)
+    with open(data, "rb") as file:
+        piped = subprocess.run([tool, "-", *arguments], stdin=file, capture_output=True, check=True)
+    return by_name.stdout != piped.stdout
+
+
 def main():
     tool, root = sys.argv[1], Path(sys.argv[2])
     data = root / "examples" / "data" / "titanic.csv"
@@ -86,6 +95,9 @@ def main():
         for problem in filter(None, problems):
             failed += 1
             print(f"{name}: {problem}")
+    if standard_input_differs(tool, data):
+        failed += 1
+        print("standard input gives another table than the file itself")
     print(f"{len(TABLES)} tables compared, {failed} problems")
     return 1 if failed else 0
 
