@@ -114,7 +114,7 @@ constexpr char const* Footer =
     "Categories stand in the order in which they first appear in the file; a group stands where its first member\n"
     "would. Names and values that hold a comma (in --group also '=' or ':') are written between double quotes, as in\n"
     "a CSV file: --rows '\"Town, county\",Year'.\n\n"
-    "Exit status: 0, or 2 with one line on standard error and nothing on standard output.\n";
+    "Exit status: 0, or 2 with one line on standard error, nothing on standard output and no page written.\n";
 
 } // namespace
 
@@ -155,6 +155,7 @@ Options parseOptions(int count, char const* const* words) {
     app.add_option("--footnote", options.footnotes, "Note on the title, shown below the table; repeatable")
         ->type_name("TEXT")
         ->allow_extra_args(false);
+    app.add_option("--html", options.htmlFile, "Write one self-contained HTML page to FILE instead")->type_name("FILE");
 
     try {
         app.parse(count, words);

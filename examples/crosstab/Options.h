@@ -28,6 +28,7 @@ struct Options {
     std::string caption;
     std::string corner;
     std::vector<std::string> footnotes;
+    std::string htmlFile; ///< where an HTML page goes; empty: a table for the terminal
 };
 
 /// The command line asks for help and nothing else.

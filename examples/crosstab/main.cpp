@@ -8,16 +8,15 @@
 #include "examples/crosstab/TableBuilder.h"
 #include "examples/crosstab/Tally.h"
 #include "examples/crosstab/TerminalWriter.h"
+#include "examples/page/HtmlPage.h"
+#include "examples/page/Output.h"
 #include "omtree.h"
 
-#include <cerrno>
-#include <csignal>
 #include <cstdio>
 #include <exception>
 #include <memory>
 #include <new>
 #include <string>
-#include <system_error>
 
 namespace {
 
@@ -25,7 +24,7 @@ using namespace crosstab;
 
 constexpr int ExitFailure = 2;
 
-std::string tableOf(Options const& options) {
+LaidOutTable tableOf(Options const& options) {
     InputFile file(options.file);
     CsvReader reader(file.name(), [&file](char* bytes, std::size_t size) { return file.read(bytes, size); });
     Tally const tally(options, reader);
@@ -33,21 +32,30 @@ std::string tableOf(Options const& options) {
     LayoutOptions layout;
     layout.keepEmpty = options.keepEmpty;
     layout.namesInCorner = options.namesInCorner;
-    return terminalText(layOut(*table, layout));
+    return layOut(*table, layout);
 }
 
-/// What the tool prints. All of it is made before the first byte is written, so a failure leaves nothing half printed.
-std::string outputOf(int count, char const* const* words) {
+std::string pageOf(Options const& options, LaidOutTable const& table) {
+    std::string const source =
+        options.file == "-" ? "standard input" : options.file.substr(options.file.rfind('/') + 1);
+    page::HtmlPage page("Cross tabulation of " + source);
+    page.heading(2, table.title.text);
+    page.table(table);
+    return page.text();
+}
+
+/// All output is made before its first byte is written, so a failure leaves nothing half written.
+void run(int count, char const* const* words) {
     try {
-        return tableOf(parseOptions(count, words));
+        Options const options = parseOptions(count, words);
+        LaidOutTable const table = tableOf(options);
+        if (options.htmlFile.empty()) {
+            page::writeStandardOutput(terminalText(table));
+        } else {
+            page::writeFile(options.htmlFile, pageOf(options, table));
+        }
     } catch (HelpAsked const& help) {
-        return help.text;
-    }
-}
-
-void print(std::string const& text) {
-    if (std::fwrite(text.data(), 1, text.size(), stdout) != text.size() || std::fflush(stdout) != 0) {
-        throw Failure("standard output: " + std::generic_category().message(errno));
+        page::writeStandardOutput(help.text);
     }
 }
 
@@ -59,10 +67,8 @@ int fail(char const* text) {
 } // namespace
 
 int main(int argc, char** argv) {
-    // A reader that goes away is reported like any other write error.
-    std::signal(SIGPIPE, SIG_IGN);
     try {
-        print(outputOf(argc, argv));
+        run(argc, argv);
         return 0;
     } catch (Failure const& failure) {
         return fail(failure.what());
