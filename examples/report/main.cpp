@@ -1,0 +1,45 @@
+/// omtree-report: builds one whole output document with every kind of item and shows it.
+
+#include "examples/crosstab/Failure.h"
+#include "examples/page/Output.h"
+#include "examples/report/SampleDocument.h"
+#include "examples/report/Writers.h"
+#include "omtree.h"
+
+#include <CLI/CLI.hpp>
+
+#include <exception>
+#include <string>
+
+namespace {
+
+constexpr int ExitFailure = 2;
+
+int fail(char const* text) {
+    std::fprintf(stderr, "omtree-report: %s\n", text);
+    return ExitFailure;
+}
+
+} // namespace
+
+int main(int argc, char** argv) {
+    CLI::App app("Builds an output document with every kind of item and shows it as an outline or as an HTML page.",
+                 "omtree-report");
+    std::string file;
+    app.add_option("--html", file, "write one self-contained HTML page to FILE instead")->type_name("FILE");
+    try {
+        app.parse(argc, argv);
+        auto const document = report::sampleDocument();
+        if (file.empty()) {
+            page::writeStandardOutput(report::terminalOutline(*document));
+        } else {
+            page::writeFile(file, report::htmlPage(*document));
+        }
+        return 0;
+    } catch (CLI::CallForHelp const&) {
+        page::writeStandardOutput(app.help());
+        return 0;
+    } catch (std::exception const& error) {
+        return fail(error.what());
+    }
+}
