@@ -5,8 +5,8 @@ JOBS ?= $(shell nproc)
 
 demo: setup
 	cmake --preset release
-	cmake --build --preset release -j $(JOBS) --target omtree-crosstab
-	tools/demo.sh build/release/examples/omtree-crosstab
+	cmake --build --preset release -j $(JOBS) --target omtree-crosstab omtree-report
+	tools/demo.sh build/release/examples/omtree-crosstab build/release/examples/omtree-report build/demo
 
 test: setup
 	cmake --preset release

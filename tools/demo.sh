@@ -1,10 +1,13 @@
 #!/usr/bin/env bash
-# Shows what the cross tabulation tool does with the people aboard the Titanic.
+# Shows what the cross tabulation tool does with the people aboard the Titanic, and writes a whole document as a page.
 #
-#     tools/demo.sh TOOL
+#     tools/demo.sh CROSSTAB REPORT FOLDER
 set -euo pipefail
 
 tool=$(realpath "$1")
+report=$(realpath "$2")
+mkdir -p "$3"
+folder=$(realpath "$3")
 cd "$(dirname "$0")/../examples/data"
 
 # Prints a command as a user would type it, then what it prints.
@@ -35,3 +38,10 @@ show titanic.csv --sum Freq --rows Class,Sex --columns Survived --layers Age --n
 echo "== The same layer by layer with everything kept, names beside their categories =="
 show titanic.csv --sum Freq --rows Class --columns Sex,Survived --layers Age --keep-empty \
     --group "Class=Passengers:1st,2nd,3rd"
+
+echo "== Pages to open in a browser: a whole document with every kind of item, and the tables above =="
+"$report" --html "$folder/report.html"
+"$tool" titanic.csv --sum Freq --rows Class,Sex --columns Survived --layers Age --names-in-corner \
+    --group "Class=Passengers:1st,2nd,3rd" --title "Who survived" --html "$folder/titanic.html"
+echo "$folder/report.html"
+echo "$folder/titanic.html"
