@@ -4,20 +4,16 @@
 
 #include <cstdint>
 #include <iostream>
+#include <string>
 #include <utility>
-
-// Constructors that can fail half way delegate to the plain one first, so that the destructor cleans up.
 
 OmDimensionNode::OmDimensionNode(OmMemoryRegion* region) : _childIndex(region) {}
 
 OmDimensionNode::OmDimensionNode(OmCellText const& text, unsigned long long subscript, bool isGroup,
                                  OmMemoryRegion* region)
-    : OmDimensionNode(region) {
-    _text = text.Clone(region);
-    _subscript = subscript;
-    _isGroup = isGroup;
-}
+    : _text(text.Clone(region)), _subscript(subscript), _childIndex(region), _isGroup(isGroup) {}
 
+// Delegates first, so that the destructor cleans up when the copy fails half way.
 OmDimensionNode::OmDimensionNode(OmDimensionNode const& other, OmMemoryRegion* region) : OmDimensionNode(region) {
     if (other._text != nullptr) {
         _text = other._text->Clone(region);
@@ -83,8 +79,10 @@ void OmDimensionNode::Print(unsigned int indent) const {
     for (unsigned int i = 0; i < indent; ++i) {
         std::cout << "  ";
     }
-    std::cout << "Subscript: " << static_cast<std::int32_t>(_subscript) << ", Group: " << yesOrNo(_isGroup)
-              << ", hide: " << yesOrNo(_hide) << ", hideLabels: " << yesOrNo(_hideLabels);
+    // Numbers go through strings: what the program set its stream to (a base, a locale) does not show.
+    std::cout << "Subscript: " << std::to_string(static_cast<std::int32_t>(_subscript))
+              << ", Group: " << yesOrNo(_isGroup) << ", hide: " << yesOrNo(_hide)
+              << ", hideLabels: " << yesOrNo(_hideLabels);
     if (_sort == OmSort::Up) {
         std::cout << ", Sort: up";
     } else if (_sort == OmSort::Down) {
@@ -92,7 +90,7 @@ void OmDimensionNode::Print(unsigned int indent) const {
     }
     char const* before = ", Children: ";
     for (int const entry : _childIndex) {
-        std::cout << before << entry;
+        std::cout << before << std::to_string(entry);
         before = ", ";
     }
     if (_text != nullptr) {

@@ -16,14 +16,13 @@ class OmCellText;
 ///
 ///  - The text is the label; the node owns it. Null only in a node made from a region alone, or one whose text an
 ///    assignment took away.
-///  - The subscript is the number by which cells address a leaf. All ones in a group made by `insertChild`; all ones
-///  but
-///    one (2^64 - 2) in a node that `removeChild` dissolved.
+///  - The subscript is the number by which cells address a leaf. All ones in a group made by `insertChild`; 2^64 - 2
+///    in a node that `removeChild` was called on.
 ///  - The child index lists the positions of the node's children sorted by label; `OmDimension` keeps it, and some of
 ///    its operations leave it out of step with the children.
 ///
-/// The node's region is that of its child index. It outlives the node, and so does whatever the node was copied into.
-/// Copies cost a clone of the label and the length of the child index.
+/// The node's region is that of its child index. It outlives the node; so does the region of a label that an assignment
+/// took over. Copies cost a clone of the label and the length of the child index.
 class OMTREE_API OmDimensionNode {
 public:
     static constexpr unsigned long long NoSubscript = ~0ULL;
