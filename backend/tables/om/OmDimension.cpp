@@ -41,8 +41,7 @@ OmDimension::OmDimension(OmDimension const& other, OmMemoryRegion* region)
 
 OmDimension::~OmDimension() = default;
 
-// --- find and create
-// ---------------------------------------------------------------------------------------------------
+// --- find and create -------------------------------------------------------------------------------------------------
 
 OmDimension::Found OmDimension::Search(ConstNode const& parent, OmDimensionNode const& probe) {
     OmVector<int> const& index = parent.Value().ChildIndex();
@@ -75,7 +74,7 @@ OmDimension::Node OmDimension::Append(Node const& parent, OmDimensionNode const&
         SetTracker(child.Value(), tracker);
     }
     if (!value.IsGroup()) {
-        ++_categories;
+        CountLeaf();
     }
     return child;
 }
@@ -128,8 +127,7 @@ int OmDimension::FindChild(ConstNode parent, OmCellText const& text, bool isGrou
 
 OmDimension::Node OmDimension::Counterpart(Node& node) { return Tree::Counterpart(node, Root()); }
 
-// --- counts
-// ------------------------------------------------------------------------------------------------------------
+// --- counts ----------------------------------------------------------------------------------------------------------
 
 unsigned long long OmDimension::LargestLeafSubscript() const {
     std::uint32_t largest = 0;
@@ -143,7 +141,7 @@ unsigned long long OmDimension::LargestLeafSubscript() const {
     return largest;
 }
 
-unsigned int OmDimension::getDepth(ConstNode node) const {
+unsigned int OmDimension::getDepth(ConstNode node) {
     unsigned int depth = node.Depth();
     Tree::WalkPreOrder(node, [&](ConstNode const& below) {
         depth = std::max(depth, below.Depth());
@@ -154,7 +152,7 @@ unsigned int OmDimension::getDepth(ConstNode node) const {
 
 unsigned int OmDimension::getMaximumDepth() const { return getDepth(Root()) + 1; }
 
-void OmDimension::getGroupCountsByLevel(ConstNode node, std::vector<unsigned long long>& counts) const {
+void OmDimension::getGroupCountsByLevel(ConstNode node, std::vector<unsigned long long>& counts) {
     struct Frame {
         ConstNode node;
         std::size_t next;

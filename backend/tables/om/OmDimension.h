@@ -26,12 +26,14 @@ class OmPivotTable;
 /// step gives what the bisection gives; it never reads outside the children.
 ///
 /// A table makes its dimensions, owns them, and keeps everything in them in its memory region. Handles (`Node`) go
-/// stale when the children vector that holds their node changes; re-fetch them from `Root()` after every change. An
-/// operation that is given the root where a child is needed, or a node of another dimension, changes nothing.
+/// stale when the children vector that holds their node changes; re-fetch them from `Root()` after every change.
+/// `Delete`, `moveChild` and `insertChild` change nothing when they are given the root where a child is needed, or a
+/// node of another dimension.
 ///
-/// Costs: n is the number of nodes, d the depth of the operands. Where a cost says "repair", every parent pointer below
-/// the named node is set anew. Parent pointers below the later siblings of a node that `Delete` removed stay stale
-/// until one of the other operations repairs them; the operations here notice and then search the tree for the parent,
+/// Costs: n is the number of nodes; the depth of an operand comes on top. Where a cost says "repair", every parent
+/// pointer below the named node is set anew. Parent pointers below the later siblings of a node that `Delete` removed
+/// stay stale until one of the other operations repairs them. They lead to another node of the dimension, or to an
+/// empty one behind the last sibling, never outside; the operations here notice and search the tree for the parent,
 /// O(n).
 class OMTREE_API OmDimension {
 public:
@@ -58,6 +60,7 @@ public:
 
     /// Number of categories: the extent of the dimension for axes and look-ups. `Child`, `AddNewChild` and
     /// `insertCategory` count a leaf up, `Delete` sets it from the largest subscript left, nothing else touches it.
+    /// Past the largest `int` it goes on from the smallest.
     int NumCategories() const { return _categories; }
 
     bool DisplayLastCategory() const { return _displayLastCategory; }
@@ -93,7 +96,8 @@ public:
     void Delete(Node& node);
 
     /// Dissolves a group: its children take its place among its siblings. Sets the node's subscript to 2^64 - 2 first;
-    /// a node without children stays in place with it. Number of categories and child indexes stay.
+    /// a node without children, and the root, stay in place with it. The place is found by equality, the first of equal
+    /// siblings; a node whose label does not even equal itself stays. Number of categories and child indexes stay.
     /// O(subtree), and repair below the parent.
     void removeChild(Node& node);
 
@@ -114,6 +118,7 @@ public:
     /// the first listed node had in its parent (or the last one, when fewer children are left). The group's subscript
     /// is all ones; its label takes the tracker of the first node's label. Number of categories and child indexes stay.
     /// An empty list changes nothing, and neither does one whose first node lies below another of its nodes.
+    /// O(n + nodes log nodes), and repair of the whole tree.
     void insertChild(OmCellText const& text, std::vector<Node*> nodes);
 
     /// Adds a leaf before or after `reference` under `parent` and returns a copy of its value, which lives in this
@@ -143,6 +148,7 @@ private:
     OmDimension(OmDimension const& other, OmMemoryRegion* region);
 
     void Index(int index) { _index = index; }
+    void CountLeaf() { _categories = static_cast<int>(static_cast<unsigned int>(_categories) + 1U); }
 
     struct Found {
         std::size_t place; ///< lower bound in the child index
@@ -162,13 +168,13 @@ private:
     void MoveToVisibleAncestor(Path node);
 
     unsigned long long LargestLeafSubscript() const;
-    unsigned int getDepth(ConstNode node) const;
-    void getGroupCountsByLevel(ConstNode node, std::vector<unsigned long long>& counts) const;
+    static unsigned int getDepth(ConstNode node);
+    static void getGroupCountsByLevel(ConstNode node, std::vector<unsigned long long>& counts);
 
     Tree _tree;
     int _categories = 0;
-    int _index = -1;
     bool _displayLastCategory = false;
+    int _index = -1;
 };
 
 #endif
