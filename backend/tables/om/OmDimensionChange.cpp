@@ -5,7 +5,10 @@
 #include "omcell/OmCellText.h"
 
 #include <algorithm>
+#include <bit>
 #include <cstdint>
+#include <cstring>
+#include <iterator>
 #include <memory>
 #include <utility>
 
@@ -18,7 +21,7 @@ using Path = std::vector<std::size_t>;
 /// A value that is looked for by equality; null for none. Shared, because assigning a node value would move its label.
 using Noted = std::shared_ptr<OmDimensionNode const>;
 
-Path ParentOf(Path const& path) { return Path(path.begin(), path.end() - 1); }
+Path ParentOf(Path const& path) { return {path.begin(), path.end() - 1}; }
 
 /// Whether `path` names the node at `top` or one below it.
 bool IsAtOrBelow(Path const& top, Path const& path) {
@@ -52,6 +55,14 @@ bool Holds(OmVector<TreeNode> const& children, TreeNode const* node) {
     return address(node) >= address(children.begin()) && address(node) < address(children.end());
 }
 
+/// Erases a child and empties the place that falls free at the end of the block. Until pointers are repaired, the
+/// children of a moved sibling may point there: they find a node without children, which leads nowhere, instead of
+/// left-over bytes whose own parent pointer names a block that may be gone.
+void Erase(OmDimension::Node const& parent, std::size_t position) {
+    Tree::EraseChild(parent, position);
+    std::memset(static_cast<void*>(parent.Ptr()->children.end()), 0, sizeof(TreeNode));
+}
+
 Noted NoteValue(OmDimension::ConstNode const& parent, std::size_t position) {
     if (position >= parent.ChildCount()) {
         return nullptr;
@@ -72,10 +83,26 @@ std::size_t InsertBefore(OmDimension::Node const& parent, Tree::Subtree subtree,
     return position;
 }
 
+/// Inserts the subtrees, in their order, before child `position`; later siblings move once. When memory runs out,
+/// nothing has changed.
+void InsertAll(OmDimension::Node const& parent, std::vector<Tree::Subtree> subtrees, std::size_t position) {
+    OmVector<TreeNode>& children = parent.Ptr()->children;
+    std::size_t const before = children.size();
+    std::vector<unsigned char> added(subtrees.size() * sizeof(TreeNode));
+    children.reserve(std::bit_ceil(std::max<std::size_t>(4, before + subtrees.size())));
+    for (Tree::Subtree& subtree : subtrees) {
+        Tree::InsertAt(parent, std::move(subtree), children.size());
+    }
+    TreeNode* const place = children.begin() + position;
+    std::memcpy(added.data(), static_cast<void const*>(children.begin() + before), added.size());
+    std::memmove(static_cast<void*>(place + subtrees.size()), static_cast<void const*>(place),
+                 (before - position) * sizeof(TreeNode));
+    std::memcpy(static_cast<void*>(place), added.data(), added.size());
+}
+
 } // namespace
 
-// --- paths
-// -------------------------------------------------------------------------------------------------------------
+// --- paths -----------------------------------------------------------------------------------------------------------
 
 OmDimension::Node OmDimension::At(Path const& path) {
     Node node = Root();
@@ -107,19 +134,21 @@ bool OmDimension::SearchPath(TreeNode const* node, Path& path) const {
             path.back() = static_cast<std::size_t>(node - children.begin());
             return true;
         }
-        if (path.back() == children.size()) {
-            above.pop_back();
-            path.pop_back();
+        if (path.back() < children.size()) {
+            above.push_back(&children[path.back()]);
+            path.push_back(0);
             continue;
         }
-        above.push_back(&children[path.back()++]);
-        path.push_back(0);
+        above.pop_back();
+        path.pop_back();
+        if (!path.empty()) {
+            ++path.back();
+        }
     }
     return false;
 }
 
-// --- delete and dissolve
-// -----------------------------------------------------------------------------------------------
+// --- delete and dissolve ---------------------------------------------------------------------------------------------
 
 void OmDimension::Delete(Node& node) {
     Path path;
@@ -128,7 +157,7 @@ void OmDimension::Delete(Node& node) {
     }
     std::size_t const removed = path.back();
     Node const parent = At(ParentOf(path));
-    Tree::EraseChild(parent, removed);
+    Erase(parent, removed);
 
     OmVector<int>& index = parent.Value().ChildIndex();
     std::size_t i = 0;
@@ -153,23 +182,29 @@ void OmDimension::removeChild(Node& node) {
     if (!PathOf(node, path) || path.empty()) {
         return;
     }
-    Path const above = ParentOf(path);
-    Node const parent = At(above);
-    std::size_t const count = parent.Child(path.back()).ChildCount();
-    if (count == 0) {
+    Node const parent = At(ParentOf(path));
+    Node const dissolved = parent.Child(path.back());
+    unsigned int const place = Tree::ChildPosition(parent, dissolved.Value());
+    if (dissolved.ChildCount() == 0 || place == Tree::NoPosition) {
         return;
     }
-    for (std::size_t k = 0; k < count; ++k) {
-        Node const dissolved = parent.Child(path.back());
+    // Each copy belongs before the first child that equals the node. A copy that equals it itself comes to stand there,
+    // so that whatever is copied later goes before it.
+    std::vector<Tree::Subtree> copies;
+    std::vector<Tree::Subtree> equals;
+    for (std::size_t k = 0; k < dissolved.ChildCount(); ++k) {
         Tree::Subtree copy = Tree::CopySubtree(dissolved.Child(k), parent.Ptr(), &Region());
-        FollowInsert(above, InsertBefore(parent, std::move(copy), &dissolved.Value()), path);
+        bool const isEqual = copy.Ptr()->value == dissolved.Value();
+        (isEqual ? equals : copies).push_back(std::move(copy));
     }
-    Tree::EraseChild(parent, path.back());
+    std::move(equals.rbegin(), equals.rend(), std::back_inserter(copies));
+    std::size_t const added = copies.size();
+    InsertAll(parent, std::move(copies), place);
+    Erase(parent, place <= path.back() ? path.back() + added : path.back());
     Tree::Reparent(parent, true);
 }
 
-// --- move
-// --------------------------------------------------------------------------------------------------------------
+// --- move ------------------------------------------------------------------------------------------------------------
 
 void OmDimension::moveChild(Node& node, Node* target, bool swap) {
     Path from;
@@ -226,10 +261,10 @@ void OmDimension::SwapSiblings(Path node, Path target) {
     if (IsAtOrBelow(doomed, nodeParent)) {
         return;
     }
-    Tree::EraseChild(At(nodeParent), node.back());
+    Erase(At(nodeParent), node.back());
     FollowErase(nodeParent, node.back(), doomed);
     FollowErase(nodeParent, node.back(), targetParent);
-    Tree::EraseChild(At(targetParent), doomed.back());
+    Erase(At(targetParent), doomed.back());
     FollowErase(targetParent, doomed.back(), nodeParent);
 
     // 4. each copy under its own former parent
@@ -262,7 +297,7 @@ void OmDimension::MoveBefore(Path node, Path target) {
     Path to = ParentOf(target);
     Tree::Subtree copy = Tree::CopySubtree(At(node), nullptr, &Region());
     Noted const reference = NoteValue(At(to), target.back());
-    Tree::EraseChild(At(from), node.back());
+    Erase(At(from), node.back());
     FollowErase(from, node.back(), to);
     FollowInsert(to, InsertBefore(At(to), std::move(copy), reference.get()), from);
     RepairBelow(to);
@@ -273,18 +308,22 @@ void OmDimension::MoveBefore(Path node, Path target) {
 
 void OmDimension::MoveToVisibleAncestor(Path node) {
     Path const from = ParentOf(node);
-    Path to = from;
-    while (!to.empty() && At(to).Value().Hide()) {
-        to.pop_back();
+    std::ptrdiff_t visible = 0;
+    Node above = Root();
+    for (std::size_t k = 0; k < from.size(); ++k) {
+        above = above.Child(from[k]);
+        if (!above.Value().Hide()) {
+            visible = static_cast<std::ptrdiff_t>(k + 1);
+        }
     }
+    Path const to(from.begin(), from.begin() + visible);
     Tree::Subtree copy = Tree::CopySubtree(At(node), nullptr, &Region());
-    Tree::EraseChild(At(from), node.back());
+    Erase(At(from), node.back());
     InsertBefore(At(to), std::move(copy), nullptr);
     RepairBelow(to);
 }
 
-// --- insert
-// ------------------------------------------------------------------------------------------------------------
+// --- insert ----------------------------------------------------------------------------------------------------------
 
 void OmDimension::insertChild(OmCellText const& text, std::vector<Node*> nodes) {
     Tree::Subtree group(&Region(), nullptr, text, OmDimensionNode::NoSubscript, true, &Region());
@@ -319,7 +358,7 @@ void OmDimension::insertChild(OmCellText const& text, std::vector<Node*> nodes) 
             continue;
         }
         Path const parent = ParentOf(path);
-        Tree::EraseChild(At(parent), path.back());
+        Erase(At(parent), path.back());
         auto const isGone = [&](Path const& other) { return IsAtOrBelow(path, other); };
         changed.erase(std::remove_if(changed.begin(), changed.end(), isGone), changed.end());
         for (Path& other : changed) {
@@ -361,6 +400,6 @@ OmDimensionNode OmDimension::insertCategory(OmCellText const& text, Node referen
     }
     std::size_t const position = InsertBefore(parent, std::move(leaf), followed);
     Tree::Reparent(parent, true);
-    ++_categories;
-    return OmDimensionNode(parent.Child(position).Value());
+    CountLeaf();
+    return parent.Child(position).Value();
 }
