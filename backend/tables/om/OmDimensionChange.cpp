@@ -325,65 +325,6 @@ void OmDimension::MoveToVisibleAncestor(Path node) {
 
 // --- insert ----------------------------------------------------------------------------------------------------------
 
-void OmDimension::insertChild(OmCellText const& text, std::vector<Node*> nodes) {
-    Tree::Subtree group(&Region(), nullptr, text, OmDimensionNode::NoSubscript, true, &Region());
-    if (nodes.empty()) {
-        return;
-    }
-    std::vector<Path> listed(nodes.size());
-    for (std::size_t i = 0; i < nodes.size(); ++i) {
-        if (!PathOf(*nodes[i], listed[i]) || listed[i].empty()) {
-            return;
-        }
-    }
-    Path home = ParentOf(listed.front());
-    std::size_t const place = listed.front().back();
-    for (Path const& path : listed) {
-        if (IsAtOrBelow(path, home)) {
-            return;
-        }
-    }
-    OmCellText* const first = nodes.front()->Value().Text();
-    group.Ptr()->value.Text()->SetTracker(first != nullptr ? first->Tracker() : nullptr);
-    for (Path const& path : listed) {
-        Tree::InsertAt(Node(group.Ptr(), 1), Tree::CopySubtree(At(path), group.Ptr(), &Region()),
-                       group.Ptr()->children.size());
-    }
-
-    // A node below one that was erased already is gone with it. Parents of erased nodes are followed for the repair.
-    std::vector<Path> changed;
-    for (std::size_t i = listed.size(); i > 0; --i) {
-        Path const path = listed[i - 1];
-        if (path.empty()) {
-            continue;
-        }
-        Path const parent = ParentOf(path);
-        Erase(At(parent), path.back());
-        auto const isGone = [&](Path const& other) { return IsAtOrBelow(path, other); };
-        changed.erase(std::remove_if(changed.begin(), changed.end(), isGone), changed.end());
-        for (Path& other : changed) {
-            FollowErase(parent, path.back(), other);
-        }
-        for (std::size_t j = 0; j < listed.size(); ++j) {
-            if (isGone(listed[j])) {
-                listed[j].clear();
-            } else {
-                FollowErase(parent, path.back(), listed[j]);
-            }
-        }
-        FollowErase(parent, path.back(), home);
-        changed.push_back(parent);
-    }
-
-    std::size_t const position = std::min(place, At(home).ChildCount());
-    Tree::InsertAt(At(home), std::move(group), position);
-    for (Path& other : changed) {
-        FollowInsert(home, position, other);
-        RepairBelow(other);
-    }
-    RepairBelow(home);
-}
-
 OmDimensionNode OmDimension::insertCategory(OmCellText const& text, Node reference, Node parent, bool before) {
     unsigned long long const subscript = LargestLeafSubscript() + 1;
     Tree::Subtree leaf(&Region(), parent.Ptr(), text, subscript, false, &Region());
