@@ -20,8 +20,8 @@ void RemoveGaps(PuppetVector<short>& axis) {
 } // namespace
 
 OmPivotTable::Data::Data(OmCellText const& itsTemplateName, bool itHasSplits)
-    : OmMemoryRegion(false), footnotes(this), hasSplits(itHasSplits), rows(-1), columns(-1), layers(-1) {
-    templateName = itsTemplateName.Clone(this);
+    : OmMemoryRegion(false), templateName(itsTemplateName.Clone(this)), footnotes(this), hasSplits(itHasSplits),
+      rows(-1), columns(-1), layers(-1) {
     std::string const name = templateName->AsString();
     isWarnings = name == "Warnings";
     isNotes = name == "Notes";
