@@ -53,7 +53,7 @@ public:
     std::string AsU8String() const override { return _name; }
     std::string AsEngString() const override { return _name; }
     short Compare(OmCellText const& other) const override {
-        return static_cast<short>(_name.compare(other.AsString()) == 0 ? 0 : 1);
+        return static_cast<short>(_name == other.AsString() ? 0 : 1);
     }
     OmCellText* Clone(OmMemoryRegion* region) const override { return new (region) Witness(_log, _name, region); }
 
@@ -361,7 +361,7 @@ TEST(PivotTableNoMemory, FailedFormatIsNotTaken) {
     EXPECT_EQ(table.getAreaFormat(FormatArea::Data), nullptr);
     table.setAreaFormat(format.get());
     EXPECT_EQ(table.getAreaFormat(FormatArea::Data), format.get());
-    format.release();
+    static_cast<void>(format.release());
 }
 
 } // namespace
