@@ -3,6 +3,7 @@
 #include <cerrno>
 #include <cstddef>
 #include <string_view>
+#include <utility>
 
 namespace om_detail {
 
@@ -33,6 +34,9 @@ std::size_t SequenceLength(std::string_view bytes) {
     return length;
 }
 
+/// What iconv_open gives for a pair of encodings that it does not know.
+iconv_t const None = reinterpret_cast<iconv_t>(-1);
+
 bool IsWellFormed(std::string_view text) {
     while (!text.empty()) {
         std::size_t const length = SequenceLength(text);
@@ -50,14 +54,19 @@ std::unique_ptr<Transcoder> Transcoder::Open(char const* to, char const* from) {
     if (to == nullptr || from == nullptr) {
         return nullptr;
     }
-    iconv_t const handle = iconv_open(to, from);
-    if (handle == reinterpret_cast<iconv_t>(-1)) {
-        return nullptr;
-    }
-    return std::unique_ptr<Transcoder>(new Transcoder(handle, std::string_view(from) == "UTF-8"));
+    // The object is made first: nothing is open yet when there is no memory for it.
+    std::unique_ptr<Transcoder> transcoder(new Transcoder(std::string_view(from) == "UTF-8"));
+    transcoder->_handle = iconv_open(to, from);
+    return transcoder->_handle != None ? std::move(transcoder) : nullptr;
 }
 
-Transcoder::~Transcoder() { iconv_close(_handle); }
+Transcoder::Transcoder(bool fromU8) : _handle(None), _fromU8(fromU8) {}
+
+Transcoder::~Transcoder() {
+    if (_handle != None) {
+        iconv_close(_handle);
+    }
+}
 
 bool Transcoder::Convert(std::string const& text, std::string& out) const {
     // The C library's own idea of UTF-8 goes beyond Unicode.

@@ -22,9 +22,9 @@ public:
     bool Convert(std::string const& text, std::string& out) const;
 
 private:
-    Transcoder(iconv_t handle, bool fromU8) : _handle(handle), _fromU8(fromU8) {}
+    explicit Transcoder(bool fromU8);
 
-    iconv_t _handle;
+    iconv_t _handle; ///< what iconv_open gives for an unknown encoding, until there is one
     bool _fromU8;
 };
 
