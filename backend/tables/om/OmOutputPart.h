@@ -59,8 +59,8 @@ protected:
     OmOutputPart(OmOutputPart const&) = default;
     OmOutputPart& operator=(OmOutputPart const&) = default;
 
-    /// Destroys the title, then puts a clone of `title` (made in the default heap) in its place. `title` must not be
-    /// the part's own.
+    /// Destroys the title, then puts a clone of `title` (made in the default heap) in its place. REQUIRES:
+    /// `title` is not the part's own (hardened check "title != held"; when its handler returns, the title stays).
     void ReplaceTitle(OmCellText const& title);
 
 private:

@@ -41,7 +41,8 @@ public:
     void TableValueDisplay(OmCellText::ModeType mode) { _tableValueDisplay = mode; }
 
     /// Sets the command to the text's string, then destroys the title and puts a clone of the text in its place. The
-    /// text must not be the procedure's own title.
+    /// text is not the procedure's own title (hardened check "title != held"; when its handler returns, the title
+    /// stays).
     void setOutlineText(OmCellText const& text);
 
 private:

@@ -1,6 +1,7 @@
 #include "backend/tables/om/OmProcedure.h"
 
 #include "omcell/OmStringCell.h"
+#include "tests/support/AssertionCatcher.h"
 #include "tests/support/ForeignText.h"
 #include "tests/support/SlotOrder.h"
 #include "tests/support/Undestroyed.h"
@@ -175,3 +176,15 @@ TEST(OmProcedure, AssignmentSharesAndFreesNothing) {
     EXPECT_EQ(target->LocaleName(), "fr_CA");
     EXPECT_EQ(target->OutlineVarDisplay(), OmCellText::LabelMode);
 }
+
+#if OMTREE_HARDENED
+TEST(OmProcedure, OwnTitleIsNoOutlineText) {
+    OmProcedure procedure(OmStringCell("Means"), "en", "1252", "en_US");
+    omtest::AssertionCatcher const caught(omtest::AfterReport::Return);
+    procedure.setOutlineText(*procedure.Title());
+    ASSERT_EQ(caught.Failures().size(), 1u);
+    EXPECT_EQ(caught.Failures()[0].condition, "title != held");
+    EXPECT_EQ(caught.Failures()[0].source, "backend/tables/om/OmOutputPart");
+    EXPECT_EQ(procedure.Title()->AsString(), "Means");
+}
+#endif
