@@ -45,7 +45,8 @@ OM_ASSERT_API bool ReportAssertion(char const* condition, char const* source, in
 #if OMTREE_HARDENED
 #define OM_HARDENED(holds, condition, source, line) OM_ASSERT(holds, condition, source, line)
 #else
-#define OM_HARDENED(holds, condition, source, line) (true)
+#define OM_HARDENED(holds, condition, source, line)                                                                    \
+    (static_cast<void>(condition), static_cast<void>(source), static_cast<void>(line), true)
 #endif
 
 #endif
