@@ -37,8 +37,7 @@ OmCellMetaData Meta(std::vector<short> footnotes, std::vector<std::string> marke
 
 } // namespace
 
-// --- order of the virtual operations
-// ----------------------------------------------------------------------------------
+// --- order of the virtual operations ---------------------------------------------------------------------------------
 
 TEST(OmCellText, VirtualOperationsStandInTheirDocumentedOrder) {
     EXPECT_EQ(SlotOf(&OmCellText::Accept), 2U);
@@ -84,8 +83,7 @@ TEST(OmCellText, VisitorHasItsDestructorAndSevenKindsInOrder) {
     EXPECT_EQ(VisitSlot<OmBlank>(), 8U);
 }
 
-// --- what the base does
-// -----------------------------------------------------------------------------------------------
+// --- what the base does ----------------------------------------------------------------------------------------------
 
 TEST(OmCellText, BaseGivesTheStringAsFormattedString) {
     OmStringCell const text("a");
@@ -107,8 +105,7 @@ TEST(OmCellText, DisplayModesHaveTheirNumbersInThirtyTwoBits) {
     EXPECT_EQ(OmCellText::BothMode, 3);
 }
 
-// --- printing
-// ---------------------------------------------------------------------------------------------------------
+// --- printing --------------------------------------------------------------------------------------------------------
 
 TEST(OmCellText, PrintOfAnEmptyStringIsTwoQuotesAndNothingElse) { EXPECT_EQ(PrintedBy(OmStringCell(""), 0), "\"\""); }
 
@@ -138,8 +135,7 @@ TEST(OmCellText, PrintOfEmptyMetadataAddsNothing) {
     EXPECT_EQ(PrintedBy(text, 0), "\"a\"");
 }
 
-// --- equality
-// ---------------------------------------------------------------------------------------------------------
+// --- equality --------------------------------------------------------------------------------------------------------
 
 TEST(OmCellText, TextsOfDifferentLengthsAreNotEqualAlthoughTheyCompareAsEqual) {
     ForeignLog log;
@@ -166,8 +162,7 @@ TEST(OmCellText, EqualityAsksForTheLengthsFirst) {
     EXPECT_EQ(calls.back(), "a: Compare(c)");
 }
 
-// --- metadata
-// ---------------------------------------------------------------------------------------------------------
+// --- metadata --------------------------------------------------------------------------------------------------------
 
 TEST(OmCellText, TextStartsWithoutMetadata) {
     OmStringCell const text("a");
@@ -227,8 +222,7 @@ TEST(OmCellText, CloneOfATextWithoutMetadataHasNone) {
     EXPECT_FALSE(clone->hasMeta());
 }
 
-// --- tracker
-// ----------------------------------------------------------------------------------------------------------
+// --- tracker ---------------------------------------------------------------------------------------------------------
 
 TEST(OmCellText, TrackerIsNullUntilSetAndReturnedWhenSet) {
     icuTracker tracker({true, "en_US.UTF-8"});
@@ -273,8 +267,7 @@ TEST(OmCellText, CloneFromHeapToHeapStartsWithoutTracker) {
     EXPECT_EQ(named->Tracker(), nullptr);
 }
 
-// --- storage
-// ----------------------------------------------------------------------------------------------------------
+// --- storage ---------------------------------------------------------------------------------------------------------
 
 TEST(OmCellText, DeletingATextGivesItsStorageBackToTheArena) {
     OmMemoryRegion arena(false);

@@ -148,8 +148,7 @@ TEST(OmComposite, ErasedComponentsAreTheCallersAndTheRestStaysOwned) {
     EXPECT_EQ(arena.LiveBlocks(), 0U);
 }
 
-// --- clone
-// ------------------------------------------------------------------------------------------------------------
+// --- clone -----------------------------------------------------------------------------------------------------------
 
 TEST(OmComposite, CloneHasTheSameShapeAndItsOwnTexts) {
     OmMemoryRegion arena(false);
@@ -227,8 +226,7 @@ TEST(OmComposite, FailingAppendChangesNothing) {
     EXPECT_EQ(text.Components().Root().ChildCount(), 1U);
 }
 
-// --- order
-// ------------------------------------------------------------------------------------------------------------
+// --- order -----------------------------------------------------------------------------------------------------------
 
 TEST(OmComposite, ComparesComponentByComponent) {
     OmComposite a;
@@ -275,8 +273,7 @@ TEST(OmComposite, SortsBeforeEveryOtherKind) {
     EXPECT_LT(OmComposite().Compare(foreign), 0);
 }
 
-// --- tracker
-// ----------------------------------------------------------------------------------------------------------
+// --- tracker ---------------------------------------------------------------------------------------------------------
 
 TEST(OmComposite, TrackerIsHandedToEveryComponentOnceInOrder) {
     icuTracker tracker({true, "en_US.UTF-8"});
@@ -314,8 +311,7 @@ TEST(OmComposite, PartsOfACloneKeepTheTrackerInTheSameArenaOnly) {
     EXPECT_EQ(elsewhere->Components().Root().Child(1).Child(1).Value()->Tracker(), nullptr);
 }
 
-// --- size
-// -------------------------------------------------------------------------------------------------------------
+// --- size ------------------------------------------------------------------------------------------------------------
 
 // Recursion by depth would end the process.
 TEST(OmComposite, MillionLevelsOfComponentsWork) {

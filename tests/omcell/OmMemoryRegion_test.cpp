@@ -83,8 +83,7 @@ public:
 
 } // namespace
 
-// --- blocks
-// -----------------------------------------------------------------------------------------------------------
+// --- blocks ----------------------------------------------------------------------------------------------------------
 
 TEST(OmMemoryRegion, BlocksOfEverySizeAreAlignedForAnyStandardType) {
     OmMemoryRegion region(false);
@@ -198,8 +197,7 @@ TEST(OmMemoryRegion, LiveBlocksNeverShareAByte) {
     }
 }
 
-// --- recycling and large blocks
-// ---------------------------------------------------------------------------------------
+// --- recycling and large blocks --------------------------------------------------------------------------------------
 
 TEST(OmMemoryRegion, ReleasedSmallBlockServesTheNextRequestOfItsSize) {
     OmMemoryRegion region(false);
@@ -293,8 +291,7 @@ TEST(OmMemoryRegion, AbsurdRequestsThrowAndChangeNothing) {
     EXPECT_NE(region.Allocate(100), nullptr);
 }
 
-// --- the default heap
-// -------------------------------------------------------------------------------------------------
+// --- the default heap ------------------------------------------------------------------------------------------------
 
 TEST(OmMemoryRegion, DefaultHeapIsOneAndStandsForNull) {
     OmMemoryRegion* const heap = OmMemoryRegion::DefaultHeap();
@@ -358,8 +355,7 @@ TEST(OmMemoryRegion, DefaultHeapServesThreadsAtOnce) {
     EXPECT_EQ(wrong, std::vector<int>(4, 0));
 }
 
-// --- the sweep
-// --------------------------------------------------------------------------------------------------------
+// --- the sweep -------------------------------------------------------------------------------------------------------
 
 TEST(OmMemoryRegion, BlocksStayReadableAfterTheSweepAndReleaseDoesNothing) {
     OmMemoryRegion region(false);
@@ -460,8 +456,7 @@ TEST(OmMemoryRegion, MillionBlocksChainedInsideARegionGoInOneSweep) {
     EXPECT_EQ(readable, 1000000);
 }
 
-// --- poison
-// -----------------------------------------------------------------------------------------------------------
+// --- poison ----------------------------------------------------------------------------------------------------------
 
 // Under the address sanitizer a released block, the rest of a block's size and what was never handed out are traps;
 // elsewhere the same storage is at least handed out again, and only to one owner.
@@ -499,8 +494,7 @@ TEST(OmMemoryRegion, StorageOfAnEndedRegionIsNotPoisonedForItsNextOwner) {
 }
 #endif
 
-// --- objects in regions
-// -----------------------------------------------------------------------------------------------
+// --- objects in regions ----------------------------------------------------------------------------------------------
 
 TEST(OmRegionManaged, ObjectLiesWhereItWasMadeAndGoesBackThere) {
     int destroyed = 0;

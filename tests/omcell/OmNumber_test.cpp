@@ -100,8 +100,7 @@ std::vector<double> AroundHalfWay(std::mt19937_64& random, int decimals) {
 
 } // namespace
 
-// --- text
-// -------------------------------------------------------------------------------------------------------------
+// --- text ------------------------------------------------------------------------------------------------------------
 
 TEST(OmNumber, StringReadsBackAsTheSameDouble) {
     std::mt19937_64 random(20240607);
@@ -234,8 +233,7 @@ TEST(OmNumber, MarksThatAreNoCharactersShowAsTheReplacementCharacter) {
     EXPECT_EQ(OmNumber(0.5, format).AsFormattedString(), "0.5");
 }
 
-// --- value and order
-// --------------------------------------------------------------------------------------------------
+// --- value and order -------------------------------------------------------------------------------------------------
 
 TEST(OmNumber, NumericValueIsTheValue) {
     EXPECT_EQ(OmNumber(-2.5).NumericValue(), -2.5);
@@ -295,8 +293,7 @@ TEST(OmNumber, OtherKindsCompareByOrderCode) {
     EXPECT_GT(OmNumber(5).Compare(foreign), 0);
 }
 
-// --- format and storage
-// -----------------------------------------------------------------------------------------------
+// --- format and storage ----------------------------------------------------------------------------------------------
 
 TEST(OmNumber, NewNumberHasTheGeneralFormat) {
     OmNumber::Format const format = OmNumber(1.0).getFormat();

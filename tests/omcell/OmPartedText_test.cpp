@@ -156,8 +156,7 @@ std::unique_ptr<OmCellText> MixedNest(int levels) {
 
 } // namespace
 
-// --- the seven kinds
-// --------------------------------------------------------------------------------------------------
+// --- the seven kinds -------------------------------------------------------------------------------------------------
 
 TEST(CellKinds, AcceptCallsTheOperationOfTheKind) {
     Texts const texts = OneOfEachKind();
@@ -298,8 +297,7 @@ TEST(CellKinds, SettingMetadataThatRunsOutOfMemoryKeepsTheOldRecord) {
     EXPECT_EQ(text.Footnotes(), (std::vector<short>{2, 3}));
 }
 
-// --- texts inside each other
-// ------------------------------------------------------------------------------------------
+// --- texts inside each other -----------------------------------------------------------------------------------------
 
 TEST(OmPartedText, OrderOfRandomTextsIsTotalAndAgreesWithEquality) {
     for (std::uint64_t const seed : {1U, 2U, 3U}) {

@@ -41,8 +41,7 @@ OmChart::~OmChart() { delete _record; }
 
 void OmChart::Accept(Visitor& visitor) { visitor.Visit(*this); }
 
-// --- streams
-// -----------------------------------------------------------------------------------------------------------
+// --- streams ---------------------------------------------------------------------------------------------------------
 
 void OmChart::SetXmlDescription(char const* bytes, unsigned int length) {
     om_detail::AppendChunk(_record->xmlDescription, bytes, length);
@@ -93,8 +92,7 @@ long long OmChart::getChartId() const { return _record->chartId; }
 
 void OmChart::deleteData() { _record->binaryData.clear(); }
 
-// --- map record
-// --------------------------------------------------------------------------------------------------------
+// --- map record ------------------------------------------------------------------------------------------------------
 
 namespace {
 
@@ -166,8 +164,7 @@ void OmChart::getMapInfo(std::string& a, std::string& b, std::string& c, std::st
     d.swap(fourth);
 }
 
-// --- attached files and options
-// ----------------------------------------------------------------------------------------
+// --- attached files and options --------------------------------------------------------------------------------------
 
 void OmChart::addCSVFileName(char const* bytes, unsigned int length) { _record->csvFiles.AddName(bytes, length); }
 
