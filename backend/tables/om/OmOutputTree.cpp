@@ -12,7 +12,7 @@ template class ListTree<OmOutputPart*>;
 
 namespace {
 
-constexpr char Source[] = "backend/tables/om/OmOutputTree";
+[[maybe_unused]] constexpr char Source[] = "backend/tables/om/OmOutputTree"; // by hardened checks alone
 
 } // namespace
 
