@@ -213,7 +213,8 @@ TEST_F(OmChartTest, FirstChunkOfAReservingStreamFitsWithoutRoomToSpare) {
     }
 }
 
-// More than twice as much as there is, so that the library's doubling does not hide what was asked for.
+// Room to spare for a stream that comes in few large chunks would be wasted. More than twice as much as there is, so
+// that the string's doubling does not hide what was asked for.
 TEST_F(OmChartTest, ReservingStreamsAskForTheWholeAndNoMore) {
     std::string const first(1000, 'x');
     std::string const second(5000, 'y');
