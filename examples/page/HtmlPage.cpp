@@ -47,6 +47,12 @@ void addText(xml_node element, LaidOutText const& text) {
     addText(add(element, "sup"), markers);
 }
 
+std::string numbered(char const* kind, std::size_t number) {
+    std::string name = kind;
+    name += std::to_string(number);
+    return name;
+}
+
 std::string joined(std::vector<LaidOutText> const& texts) {
     std::string all;
     for (LaidOutText const& text : texts) {
@@ -171,8 +177,8 @@ void HtmlPage::heading(unsigned int level, std::string_view text) {
     level = std::clamp(level, FirstLevel, LastLevel);
     // A level is never skipped, neither by the headings nor by the outline's lists.
     level = std::min(level, FirstLevel + static_cast<unsigned int>(_outlineLists.size()));
-    std::string const name = "part-" + std::to_string(++_headings);
-    xml_node const element = add(_main, ("h" + std::to_string(level)).c_str());
+    std::string const name = numbered("part-", ++_headings);
+    xml_node const element = add(_main, numbered("h", level).c_str());
     set(element, "id", name);
     addText(element, text);
     _lastHeading = text;
@@ -206,7 +212,7 @@ void HtmlPage::table(LaidOutTable const& table) {
     ++_tables;
     xml_node const group = add(_main, "div", table.layers.size() > 1 ? "layers" : nullptr);
     if (table.layers.size() > 1) {
-        std::string const name = "layers-" + std::to_string(_tables);
+        std::string const name = numbered("layers-", _tables);
         xml_node const box = add(group, "div", "switch");
         set(box, "hidden", "hidden");
         xml_node const label = add(box, "label");
