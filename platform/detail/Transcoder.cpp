@@ -48,6 +48,14 @@ bool IsWellFormed(std::string_view text) {
     return true;
 }
 
+/// Whether one of U+E0000 to U+E007F is in the text. REQUIRES: well-formed UTF-8.
+bool HasTag(std::string_view text) {
+    return text.find("\xF3\xA0\x80") != std::string_view::npos || text.find("\xF3\xA0\x81") != std::string_view::npos;
+}
+
+/// Whether the encoding has a place for every character.
+bool HoldsUnicode(std::string_view encoding) { return encoding == "UTF-8" || encoding == "GB18030"; }
+
 } // namespace
 
 std::unique_ptr<Transcoder> Transcoder::Open(char const* to, char const* from) {
@@ -55,12 +63,12 @@ std::unique_ptr<Transcoder> Transcoder::Open(char const* to, char const* from) {
         return nullptr;
     }
     // The object is made first: nothing is open yet when there is no memory for it.
-    std::unique_ptr<Transcoder> transcoder(new Transcoder(std::string_view(from) == "UTF-8"));
+    std::unique_ptr<Transcoder> transcoder(new Transcoder(std::string_view(from) == "UTF-8", !HoldsUnicode(to)));
     transcoder->_handle = iconv_open(to, from);
     return transcoder->_handle != None ? std::move(transcoder) : nullptr;
 }
 
-Transcoder::Transcoder(bool fromU8) : _handle(None), _fromU8(fromU8) {}
+Transcoder::Transcoder(bool fromU8, bool dropsTags) : _handle(None), _fromU8(fromU8), _dropsTags(dropsTags) {}
 
 Transcoder::~Transcoder() {
     if (_handle != None) {
@@ -71,6 +79,10 @@ Transcoder::~Transcoder() {
 bool Transcoder::Convert(std::string const& text, std::string& out) const {
     // The C library's own idea of UTF-8 goes beyond Unicode.
     if (_fromU8 && !IsWellFormed(text)) {
+        return false;
+    }
+    // The C library leaves tag characters out of a text for an encoding without them, and reports nothing.
+    if (_fromU8 && _dropsTags && HasTag(text)) {
         return false;
     }
     std::string converted;

@@ -22,10 +22,11 @@ public:
     bool Convert(std::string const& text, std::string& out) const;
 
 private:
-    explicit Transcoder(bool fromU8);
+    Transcoder(bool fromU8, bool dropsTags);
 
     iconv_t _handle; ///< what iconv_open gives for an unknown encoding, until there is one
     bool _fromU8;
+    bool _dropsTags; ///< the C library passes over tag characters on the way to this encoding
 };
 
 } // namespace om_detail
