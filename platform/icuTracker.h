@@ -8,7 +8,8 @@
 #include <utility>
 
 /// Tells the texts that it is attached to how their data is encoded. A table makes its trackers and owns them; texts
-/// only point at them, so a tracker outlives every text that it is attached to, or is detached first.
+/// only point at them, so a tracker outlives every text that it is attached to, or is detached first. Its conversions,
+/// and so the UTF-8 forms of all its texts, are used by one thread at a time.
 class PLATDEP_API icuTracker {
 public:
     /// Whether the data is Unicode, and the locale name.
