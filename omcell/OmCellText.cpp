@@ -25,11 +25,15 @@ void Destroy(OmCellMetaData* meta) {
     delete record;
 }
 
+std::string const& Shown(std::string const& entry) { return entry; }
+std::string Shown(short entry) { return std::to_string(entry); }
+
 template <typename List>
-void PrintList(char const* title, List const& list) {
+void AppendList(std::string& line, char const* title, List const& list) {
     char const* before = title;
     for (auto const& entry : list) {
-        std::cout << before << entry;
+        line += before;
+        line += Shown(entry);
         before = ", ";
     }
 }
@@ -56,12 +60,14 @@ icuTracker* OmCellText::SetTracker(icuTracker* tracker) {
 }
 
 void OmCellText::Print(unsigned int indent) const {
-    for (unsigned int i = 0; i < indent; ++i) {
-        std::cout << "  ";
-    }
-    std::cout << '"' << AsString() << '"';
-    PrintList(", Footnotes = ", Footnotes());
-    PrintList(", Markers = ", getMarkers());
+    // Written in one unformatted piece: what the program has set on the stream (base, width, locale) is not for this.
+    std::string line(std::size_t{2} * indent, ' ');
+    line += '"';
+    line += AsString();
+    line += '"';
+    AppendList(line, ", Footnotes = ", Footnotes());
+    AppendList(line, ", Markers = ", getMarkers());
+    std::cout.write(line.data(), static_cast<std::streamsize>(line.size()));
 }
 
 bool OmCellText::IsBlank() const { return false; }

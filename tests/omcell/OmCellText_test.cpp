@@ -8,8 +8,12 @@
 
 #include <gtest/gtest.h>
 
+#include <iomanip>
+#include <iostream>
+#include <locale>
 #include <memory>
 #include <string>
+#include <type_traits>
 #include <vector>
 
 using omtest::ForeignLog;
@@ -332,4 +336,32 @@ TEST(OmCellText, ForeignTextThatNamesItsArenaLeavesNothingBehindEither) {
     arena.WorkingRelease(false);
     EXPECT_FALSE(text->hasMeta());
     EXPECT_EQ(log.Take({"Clone", "destroy"}), std::vector<std::string>{"a: Clone"});
+}
+
+namespace {
+
+struct Grouping final : std::numpunct<char> {
+    std::string do_grouping() const override { return "\1"; }
+};
+
+} // namespace
+
+// A program that has changed its standard output still gets plain decimal numbers.
+TEST(OmCellText, PrintIsDecimalWhateverTheStreamIsSetTo) {
+    OmStringCell text("t");
+    OmCellMetaData const meta = Meta({1234, 10}, {"m"});
+    text.setMeta(&meta);
+    std::locale const before = std::cout.imbue(std::locale(std::locale::classic(), new Grouping));
+    std::cout << std::hex << std::showpos << std::setw(12) << std::setfill('*');
+    std::string const shown = PrintedBy(text, 1);
+    std::cout << std::dec << std::noshowpos << std::setw(0) << std::setfill(' ');
+    std::cout.imbue(before);
+    EXPECT_EQ(shown, "  \"t\", Footnotes = 1234, 10, Markers = m");
+}
+
+TEST(OmCellText, ContractAndItsVisitorAreAbstract) {
+    EXPECT_TRUE(std::is_abstract_v<OmCellText>);
+    EXPECT_TRUE(std::has_virtual_destructor_v<OmCellText>);
+    EXPECT_TRUE(std::is_abstract_v<OmCellText::Visitor>);
+    EXPECT_TRUE(std::has_virtual_destructor_v<OmCellText::Visitor>);
 }

@@ -303,7 +303,7 @@ void OmPivotTable::PrintCells() const { PrintCells(_my->cellRoot, 0, 0); }
 void OmPivotTable::PrintCells(PointerVector* node, std::size_t level, std::size_t index) const {
     void const* const entry = node;
     for (std::size_t i = 0; i < level; ++i) {
-        std::cout << "    [" << index << "] ";
+        std::cout << "    [" << std::to_string(index) << "] ";
     }
     if (level >= NDimensions()) {
         OmCellText const* const cell = static_cast<OmCellText const*>(entry);
