@@ -1,6 +1,7 @@
 #include "omcell/OmMessage.h"
 
 #include "omcell/detail/Ordering.h"
+#include "platform/icuTracker.h"
 
 #include <algorithm>
 #include <charconv>
@@ -8,6 +9,7 @@
 #include <optional>
 #include <string_view>
 #include <system_error>
+#include <utility>
 
 namespace {
 
@@ -71,8 +73,13 @@ void OmMessage::Fill(std::size_t slot, OmCellText const& text) {
     if (position == _slots.size() || _slots[position].number != slot) {
         _slots.insert(position, {nullptr, slot});
     }
-    std::unique_ptr<OmCellText> const before(_slots[position].text);
-    _slots[position].text = clone.release();
+    OmCellText*& held = _slots[position].text;
+    if (clone.get() == held) {
+        static_cast<void>(clone.release());
+        return;
+    }
+    std::unique_ptr<OmCellText> const before(held);
+    held = clone.release();
 }
 
 OmCellText const* OmMessage::Filler(std::size_t slot) const {
@@ -96,6 +103,12 @@ void OmMessage::GiveUpParts(Bin& bin) {
 
 void OmMessage::Expand(Form form, Pieces& pieces) const {
     std::string_view rest = form == Form::English && !_english.empty() ? _english.View() : _pattern.View();
+    std::string converted;
+    // Converted before it is read for slots: in some code pages a brace is the second byte of another character.
+    if (form == Form::U8 && _tracker != nullptr && !_tracker->Unicode() &&
+        _tracker->ToU8(_pattern.String(), converted)) {
+        rest = pieces.Keep(std::move(converted));
+    }
     while (!rest.empty()) {
         std::size_t const plain = std::min(rest.find_first_of("{}"), rest.size());
         if (plain > 0) {

@@ -26,7 +26,9 @@
 ///  3. Every other byte stands for itself, a brace that belongs to neither included.
 ///
 /// Texts that fill a slot are not read for slots again. They are shown in the form that is asked for; `AsEngString`
-/// puts them into the English pattern where there is one. Patterns are UTF-8.
+/// puts them into the English pattern where there is one. `AsU8String` of a message whose tracker says that the data is
+/// not Unicode converts the pattern from the tracker's code page, as a string cell does with its bytes; otherwise
+/// patterns are UTF-8.
 ///
 /// Two messages are compared by pattern, by English pattern, and then by their filled slots in the order of the
 /// numbers.

@@ -5,8 +5,10 @@
 #include "omcell/OmCellText.h"
 
 #include <cstddef>
+#include <deque>
 #include <string>
 #include <string_view>
+#include <utility>
 #include <vector>
 
 /// Base of the kinds that are put together from other texts: OmComposite, OmVariable, OmValue and OmMessage.
@@ -63,6 +65,8 @@ protected:
         void Add(OmCellText const& text) { _pieces.push_back({&text, {}}); }
         /// Bytes, which stay where they are until the text was put together.
         void Add(std::string_view bytes) { _pieces.push_back({nullptr, bytes}); }
+        /// Keeps bytes until the text was put together, so that parts of them can be added.
+        std::string_view Keep(std::string bytes) { return _kept.emplace_back(std::move(bytes)); }
 
     private:
         friend class OmPartedText;
@@ -71,6 +75,7 @@ protected:
             std::string_view bytes;
         };
         std::vector<Piece> _pieces;
+        std::deque<std::string> _kept;
     };
 
     /// Destroys parts: others at once, parted texts after the one that gave them up. Takes no memory.
