@@ -181,7 +181,7 @@ void OmMemoryRegion::AddChunk() {
     // Payloads, not owner words, stand at multiples of sixteen.
     _bump = reinterpret_cast<char*>(chunk) + sizeof(Chunk) + Word;
     _limit = reinterpret_cast<char*>(chunk) + _nextChunkBytes;
-    Poison(_bump, static_cast<std::size_t>(_limit - _bump));
+    Poison(chunk + 1, _nextChunkBytes - sizeof(Chunk));
     _reservedBytes += _nextChunkBytes;
     if (_nextChunkBytes < LastChunkBytes) {
         _nextChunkBytes *= 2;

@@ -16,6 +16,9 @@
 /// and destroyed through its virtual destructor, whose deleting form hands the storage back with
 /// `OmMemoryRegion::Release`; the global delete never sees it. Objects on the stack or inside other objects are fine
 /// too; they are not deleted.
+///
+/// A kind whose constructor takes a region is given the same one in both places: what it holds lies in the region named
+/// to the constructor, and a sweep of another knows nothing of it.
 class OMCELL_API OmRegionManaged {
 public:
     virtual ~OmRegionManaged();
