@@ -1,5 +1,6 @@
 #include "backend/tables/om/OMSException.h"
 #include "tests/support/FailingHeap.h"
+#include "tests/support/SlotOrder.h"
 
 #include <gtest/gtest.h>
 
@@ -172,4 +173,12 @@ TEST(OMSException, WithoutMemoryTheTextIsTheMessageAlone) {
     omtest::Heap().untilFailure = -1;
     EXPECT_STREQ(text, "OmPivotTable::Size() -- which < 0");
     EXPECT_STREQ(exception.what(), "OmPivotTable::Size() -- which < 0, value 1 == -1, value 2 == 0");
+}
+
+TEST(OMSException, DestructorAndWhatAreItsVirtualOperations) {
+    EXPECT_EQ(omtest::SlotOf(&OMSException::what), 2U);
+    EXPECT_EQ(omtest::SlotOf(&OMSException::Message), omtest::NoSlot);
+    EXPECT_EQ(omtest::SlotOf(&OMSException::Value1), omtest::NoSlot);
+    EXPECT_EQ(omtest::SlotOf(&OMSException::Value2), omtest::NoSlot);
+    EXPECT_TRUE(std::has_virtual_destructor_v<OMSException>);
 }
