@@ -31,7 +31,7 @@ h1 { font-size: 1.7rem; line-height: 1.2; margin: 0 0 1rem; overflow-wrap: anywh
 h2 { font-size: 1.35rem; margin: 2.5rem 0 .75rem; padding-top: .75rem; border-top: 1px solid var(--line); }
 h3 { font-size: 1.1rem; margin: 1.75rem 0 .5rem; }
 h4, h5, h6 { font-size: 1rem; margin: 1.5rem 0 .5rem; }
-h2, h3, h4, h5, h6, p { overflow-wrap: anywhere; }
+h2, h3, h4, h5, h6, p, figcaption, summary, .notes li { overflow-wrap: anywhere; }
 nav { font-size: .95rem; border: 1px solid var(--line); border-radius: .5rem; padding: .75rem 1rem; background: var(--band); }
 nav ul { list-style: none; margin: 0; padding: 0; }
 nav ul ul { padding-left: 1rem; }
@@ -64,11 +64,11 @@ td.corner { background: var(--head); }
 sup { font-size: .75em; line-height: 0; margin-left: .1em; }
 .notes, .table-caption { font-size: .9rem; color: var(--quiet); margin: .5rem 0; }
 .notes { list-style: none; padding: 0; }
-.switch { display: inline-flex; flex-wrap: wrap; gap: .5rem; align-items: center; margin: .5rem 0; }
+.switch { display: flex; flex-wrap: wrap; gap: .5rem; align-items: center; margin: .5rem 0; }
 .switch[hidden], .layer[hidden] { display: none; }
 select {
   font: inherit; color: inherit; background: var(--paper); border: 1px solid var(--rule); border-radius: .35rem;
-  padding: .35rem .5rem; max-width: 100%;
+  padding: .35rem .5rem; min-width: 0; max-width: 100%;
 }
 pre {
   font: .9rem/1.45 ui-monospace, "Liberation Mono", Menlo, monospace; margin: .75rem 0; padding: .75rem 1rem; overflow-x: auto;

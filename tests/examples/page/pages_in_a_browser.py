@@ -166,6 +166,18 @@ def check_hostile(browser, view):
            f"{view}: the wide table scrolls inside itself")
 
 
+def check_long_words(browser, page):
+    """Texts that cannot be broken at a blank; each kind of place that texts of a document come to."""
+    for place in ("h1", "main h3", "nav a", ".page-title", ".layer-labels", "option", ".notes li", ".table-caption",
+                  "figcaption", "summary", "pre", "td", "th", "caption", "main > p:not([class])"):
+        browser.open(page, WIDTHS[-1], False)
+        places = browser.ask("[...document.querySelectorAll(%r)].map(e => e.textContent = 'x'.repeat(400)).length" % place)
+        expect(places > 0, f"{page.name}: no {place}")
+        browser.ask("document.querySelectorAll('details').forEach(d => d.open = true)")
+        expect(browser.ask("document.documentElement.scrollWidth <= document.documentElement.clientWidth"),
+               f"{page.name}: a long word in {place} makes the page scroll sideways")
+
+
 def main():
     crosstab, report, source = sys.argv[1:4]
     screenshots = sys.argv[4] if len(sys.argv) > 4 else None
@@ -187,6 +199,7 @@ def main():
             in_all_views(browser, folder / "report.html", screenshots, lambda view: check_report(browser, view))
             in_all_views(browser, folder / "titanic.html", screenshots, lambda view: check_titanic(browser, view))
             in_all_views(browser, folder / "hostile.html", screenshots, lambda view: check_hostile(browser, view))
+            check_long_words(browser, folder / "report.html")
     if not failures:
         print("12 views checked")
     return 1 if failures else 0
