@@ -180,8 +180,10 @@ void HtmlPage::heading(unsigned int level, std::string_view text) {
     std::string const name = numbered("part-", ++_headings);
     xml_node const element = add(_main, numbered("h", level).c_str());
     set(element, "id", name);
-    addText(element, text);
     _lastHeading = text;
+    // There would be nothing to click.
+    std::string_view const shown = text.empty() ? "(untitled)" : text;
+    addText(element, shown);
 
     std::size_t const depth = level - FirstLevel;
     if (_outlineLists.size() > depth + 1) {
@@ -192,7 +194,7 @@ void HtmlPage::heading(unsigned int level, std::string_view text) {
     }
     xml_node const link = add(add(_outlineLists.back(), "li"), "a");
     set(link, "href", "#" + name);
-    addText(link, text);
+    addText(link, shown);
 }
 
 void HtmlPage::paragraph(std::string_view text, char const* style) { addText(add(_main, "p", style), text); }

@@ -23,6 +23,7 @@ public:
     explicit HtmlPage(std::string_view title);
 
     /// A heading of the outline; level 2 to 6, deeper ones are shown as 6. It can be clicked in the outline.
+    /// Without a text it reads "(untitled)".
     void heading(unsigned int level, std::string_view text);
 
     void paragraph(std::string_view text, char const* style = nullptr);

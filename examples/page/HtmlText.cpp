@@ -21,7 +21,11 @@ bool isShown(char32_t c) {
 std::string documentText(std::string_view text) {
     std::string shown;
     for (std::size_t position = 0; position < text.size();) {
-        std::optional<char32_t> const c = crosstab::nextCodePoint(text, position);
+        std::optional<char32_t> c = crosstab::nextCodePoint(text, position);
+        if (c == U'\r') {
+            position += text.substr(position, 1) == "\n" ? 1 : 0;
+            c = U'\n';
+        }
         crosstab::appendUtf8(shown, c && isShown(*c) ? *c : crosstab::ReplacementCharacter);
     }
     return shown;

@@ -6,8 +6,8 @@
 
 namespace page {
 
-/// The text as a document may hold it: line breaks and tabs stay, ill-formed bytes, other control characters and code
-/// points that are none become U+FFFD. Escaping is the serializer's affair.
+/// The text as a document may hold it: line breaks of every system become line feeds, tabs stay, ill-formed bytes,
+/// other control characters and code points that are none become U+FFFD. Escaping is the serializer's affair.
 std::string documentText(std::string_view text);
 
 /// Bytes as base64, for a data address.

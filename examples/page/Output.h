@@ -9,8 +9,9 @@ namespace page {
 /// reader that went away is such a failure, not a signal.
 void writeStandardOutput(std::string const& text);
 
-/// Writes the whole text to a file, which is replaced only once everything has been written beside it. Throws
-/// crosstab::Failure that names the file.
+/// Writes the whole text to a file, which is replaced only once everything has been written beside it, under its name
+/// with ".part" behind it. A link stays, and the file that it leads to is replaced; a pipe or a device is written
+/// itself. Throws crosstab::Failure that names the file.
 void writeFile(std::string const& name, std::string const& text);
 
 } // namespace page

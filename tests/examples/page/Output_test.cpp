@@ -1,0 +1,104 @@
+#include "examples/page/Output.h"
+
+#include "examples/crosstab/Failure.h"
+#include "examples/page/HtmlPage.h"
+#include "examples/page/HtmlText.h"
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <filesystem>
+#include <fstream>
+#include <iterator>
+#include <string>
+#include <thread>
+
+namespace {
+
+namespace fs = std::filesystem;
+
+/// A folder that goes with the test.
+class Folder {
+public:
+    Folder() {
+        std::string name = (fs::temp_directory_path() / "omtree-output-XXXXXX").string();
+        EXPECT_NE(mkdtemp(name.data()), nullptr);
+        _path = name;
+    }
+    ~Folder() { fs::remove_all(_path); }
+    Folder(Folder const&) = delete;
+    Folder& operator=(Folder const&) = delete;
+
+    std::string at(char const* name) const { return (_path / name).string(); }
+    std::size_t size() const {
+        return static_cast<std::size_t>(std::distance(fs::directory_iterator(_path), fs::directory_iterator()));
+    }
+
+private:
+    fs::path _path;
+};
+
+std::string contentOf(std::string const& name) {
+    std::ifstream file(name, std::ios::binary);
+    return std::string(std::istreambuf_iterator<char>(file), std::istreambuf_iterator<char>());
+}
+
+TEST(Output, AFileIsReplacedAndNothingIsLeftBesideIt) {
+    Folder const folder;
+    page::writeFile(folder.at("page"), "first, and longer");
+    page::writeFile(folder.at("page"), "second");
+    EXPECT_EQ(contentOf(folder.at("page")), "second");
+    EXPECT_EQ(folder.size(), 1U);
+}
+
+TEST(Output, ALinkStaysAndItsFileIsReplaced) {
+    Folder const folder;
+    page::writeFile(folder.at("file"), "first");
+    fs::create_symlink("file", folder.at("link"));
+    page::writeFile(folder.at("link"), "second");
+    EXPECT_TRUE(fs::is_symlink(folder.at("link")));
+    EXPECT_EQ(contentOf(folder.at("file")), "second");
+    EXPECT_EQ(folder.size(), 2U);
+}
+
+// A file in its place would leave its reader waiting, and for a device do worse.
+TEST(Output, APipeIsWrittenItself) {
+    Folder const folder;
+    ASSERT_EQ(mkfifo(folder.at("pipe").c_str(), 0600), 0);
+    std::string read;
+    std::thread reader([&] { read = contentOf(folder.at("pipe")); });
+    page::writeFile(folder.at("pipe"), "text");
+    reader.join();
+    EXPECT_EQ(read, "text");
+    EXPECT_TRUE(fs::is_fifo(folder.at("pipe")));
+    EXPECT_EQ(folder.size(), 1U);
+}
+
+TEST(Output, FailuresNameTheFileAndLeaveNothing) {
+    Folder const folder;
+    for (std::string const& name : {folder.at("nowhere/page"), folder.at(".")}) {
+        try {
+            page::writeFile(name, "text");
+            ADD_FAILURE() << name;
+        } catch (crosstab::Failure const& failure) {
+            EXPECT_THAT(failure.what(), testing::StartsWith(name + ": "));
+        }
+    }
+    EXPECT_EQ(folder.size(), 0U);
+}
+
+TEST(Output, LineBreaksOfEverySystemBecomeLineFeeds) {
+    EXPECT_EQ(page::documentText("a\r\nb\rc\n\rd\r"), "a\nb\nc\n\nd\n");
+}
+
+TEST(Output, AHeadingWithoutATextCanBeClicked) {
+    page::HtmlPage page("Title");
+    page.heading(2, "");
+    EXPECT_THAT(page.text(), testing::HasSubstr("<h2 id=\"part-1\">(untitled)</h2>"));
+    EXPECT_THAT(page.text(), testing::HasSubstr("<a href=\"#part-1\">(untitled)</a>"));
+}
+
+} // namespace
