@@ -8,6 +8,7 @@
 
 #include <CLI/CLI.hpp>
 
+#include <cstdio>
 #include <exception>
 #include <string>
 
@@ -20,24 +21,31 @@ int fail(char const* text) {
     return ExitFailure;
 }
 
-} // namespace
-
-int main(int argc, char** argv) {
+/// The whole program, but for what goes wrong.
+void run(int argc, char** argv) {
     CLI::App app("Builds an output document with every kind of item and shows it as an outline or as an HTML page.",
                  "omtree-report");
     std::string file;
     app.add_option("--html", file, "write one self-contained HTML page to FILE instead")->type_name("FILE");
     try {
         app.parse(argc, argv);
-        auto const document = report::sampleDocument();
-        if (file.empty()) {
-            page::writeStandardOutput(report::terminalOutline(*document));
-        } else {
-            page::writeFile(file, report::htmlPage(*document));
-        }
-        return 0;
     } catch (CLI::CallForHelp const&) {
         page::writeStandardOutput(app.help());
+        return;
+    }
+    auto const document = report::sampleDocument();
+    if (file.empty()) {
+        page::writeStandardOutput(report::terminalOutline(*document));
+    } else {
+        page::writeFile(file, report::htmlPage(*document));
+    }
+}
+
+} // namespace
+
+int main(int argc, char** argv) {
+    try {
+        run(argc, argv);
         return 0;
     } catch (std::exception const& error) {
         return fail(error.what());
