@@ -43,8 +43,12 @@ public:
     }
 
     void Visit(OmChart& part) override {
-        std::string const title = utf8Of(titleOf(part), part.LocaleCodePage());
+        std::string const title = titleOf(part, part.LocaleCodePage());
         _page.heading(_level, title);
+        if (part.GetImageData().empty()) {
+            _page.paragraph("This chart has no image.");
+            return;
+        }
         _page.image(part.GetImageData(), title);
     }
 
@@ -54,7 +58,7 @@ public:
     }
 
     void Visit(OmInteractive& part) override {
-        _page.heading(_level, utf8Of(titleOf(part), part.LocaleCodePage()));
+        _page.heading(_level, titleOf(part, part.LocaleCodePage()));
         _page.folded("Interactive item as JSON", part.getInteractiveJSON());
         for (std::size_t i = 0; i < part.getGeoJSONContent().size(); ++i) {
             bool const isNamed = i < part.getGeoJSONFileNames().size();

@@ -1,6 +1,9 @@
 #include "examples/report/PartText.h"
 
+#include "examples/crosstab/Utf8.h"
 #include "omtree.h"
+
+#include <algorithm>
 
 namespace report {
 
@@ -10,6 +13,13 @@ std::string utf8Of(std::string const& text, std::string const& codePage) {
 }
 
 std::string titleOf(OmOutputPart const& part) { return part.Title()->AsU8String(); }
+
+std::string titleOf(OmOutputPart const& part, std::string const& codePage) {
+    std::string const title = titleOf(part);
+    // Seven-bit texts are well-formed as well, and shift sequences are made of nothing else.
+    bool const isSevenBit = std::all_of(title.begin(), title.end(), [](char c) { return (c & 0x80) == 0; });
+    return !isSevenBit && crosstab::isUtf8(title) ? title : utf8Of(title, codePage);
+}
 
 std::list<std::string> linesOf(OmTextBlock const& block) {
     std::list<std::string> lines;

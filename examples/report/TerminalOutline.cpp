@@ -45,8 +45,8 @@ public:
     }
 
     void Visit(OmChart& part) override {
-        line("[chart] " + utf8Of(titleOf(part), part.LocaleCodePage()) + ", " +
-             std::to_string(part.GetImageData().size()) + " bytes of image");
+        line("[chart] " + titleOf(part, part.LocaleCodePage()) + ", " + std::to_string(part.GetImageData().size()) +
+             " bytes of image");
     }
 
     void Visit(OmModel& part) override {
@@ -54,7 +54,7 @@ public:
     }
 
     void Visit(OmInteractive& part) override {
-        line("[interactive] " + utf8Of(titleOf(part), part.LocaleCodePage()));
+        line("[interactive] " + titleOf(part, part.LocaleCodePage()));
         for (std::string const& name : part.getGeoJSONFileNames()) {
             line("| attached: " + name);
         }
@@ -64,6 +64,9 @@ public:
         line("[answer tree] " + titleOf(part));
         std::istringstream xml(part.GetUncompressedXml());
         for (std::string one; std::getline(xml, one);) {
+            if (!one.empty() && one.back() == '\r') {
+                one.pop_back();
+            }
             line("| " + one);
         }
     }
