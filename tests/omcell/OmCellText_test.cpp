@@ -4,6 +4,7 @@
 #include "platform/icuTracker.h"
 #include "tests/support/CapturedOutput.h"
 #include "tests/support/ForeignText.h"
+#include "tests/support/HeapInUse.h"
 #include "tests/support/SlotOrder.h"
 
 #include <gtest/gtest.h>
@@ -284,11 +285,19 @@ TEST(OmCellText, DeletingATextGivesItsStorageBackToTheArena) {
 
 // The global delete would hand an address to the allocator that never came from it.
 TEST(OmCellText, DeletingATextOfTheDefaultHeapReleasesItThere) {
-    delete OmStringCell("some text").Clone(nullptr);
-    delete OmStringCell("some text").Clone(OmMemoryRegion::DefaultHeap());
-    delete new OmStringCell("some text");
-    delete new (static_cast<OmMemoryRegion*>(nullptr)) OmStringCell("some text");
-    EXPECT_EQ(OmMemoryRegion::DefaultHeap()->LiveBlocks(), 0U);
+    std::string const bytes(100, 'x');
+    auto const makeAndDelete = [&bytes] {
+        delete OmStringCell(bytes).Clone(nullptr);
+        delete OmStringCell(bytes).Clone(OmMemoryRegion::DefaultHeap());
+        delete new OmStringCell(bytes);
+        delete new (static_cast<OmMemoryRegion*>(nullptr)) OmStringCell(bytes);
+    };
+    makeAndDelete();
+    std::size_t const before = omtest::HeapInUse();
+    for (int i = 0; i < 1000; ++i) {
+        makeAndDelete();
+    }
+    EXPECT_LT(omtest::HeapInUse(), before + 1000); // a byte a text would be too much
 }
 
 TEST(OmCellText, SweepOfTheArenaFreesTheMetadataOfTextsThatAreNeverDestroyed) {
