@@ -137,6 +137,15 @@ inline bool ParentPointersHold(OmDimension const& dimension) {
     return hold;
 }
 
+/// A dimension "D" with the categories that the text says.
+struct GrownWorld : CategoryWorld {
+    explicit GrownWorld(std::string const& categories, unsigned long long firstSubscript = 0) {
+        CategoryReader(dimension, firstSubscript).AddBelow(Root(), categories);
+    }
+
+    OmDimension::Node Named(std::string const& label) { return NodeNamed(dimension, label); }
+};
+
 } // namespace omtest
 
 #endif

@@ -24,20 +24,17 @@ using Node = OmDimension::Node;
 
 constexpr unsigned long long Dissolved = 0xFFFFFFFFFFFFFFFEULL;
 
-/// A dimension with the categories that the text says.
-struct Grown : CategoryWorld {
-    explicit Grown(std::string const& categories, unsigned long long firstSubscript = 0) {
-        CategoryReader(dimension, firstSubscript).AddBelow(Root(), categories);
-    }
+/// A grown dimension, and what a test takes away and moves, by label.
+struct Grown : omtest::GrownWorld {
+    using GrownWorld::GrownWorld;
 
-    /// The same by `Child`, leaves below the root only: the child index is sorted.
+    /// Adds one-letter leaves below the root by `Child`, which keeps the child index sorted.
     static void AddSorted(OmDimension& dimension, std::string const& letters) {
         for (std::size_t k = 0; k < letters.size(); ++k) {
             dimension.Child(dimension.Root(), Label(std::string(1, letters[k])), k, false);
         }
     }
 
-    Node Named(std::string const& label) { return NodeNamed(dimension, label); }
     void Delete(std::string const& label) {
         Node node = Named(label);
         dimension.Delete(node);

@@ -14,24 +14,18 @@
 namespace {
 
 using omtest::Categories;
-using omtest::CategoryReader;
 using omtest::CategoryWorld;
 using omtest::ChildIndexOf;
 using omtest::Label;
 using omtest::NodeAt;
-using omtest::NodeNamed;
 using omtest::ParentPointersHold;
 using Node = OmDimension::Node;
 
 constexpr unsigned long long AllOnes = 0xFFFFFFFFFFFFFFFFULL;
 
-/// A dimension with the categories that the text says.
-struct Grown : CategoryWorld {
-    explicit Grown(std::string const& categories, unsigned long long firstSubscript = 0) {
-        CategoryReader(dimension, firstSubscript).AddBelow(Root(), categories);
-    }
-
-    Node Named(std::string const& label) { return NodeNamed(dimension, label); }
+/// A grown dimension, and what a test puts in, by label.
+struct Grown : omtest::GrownWorld {
+    using GrownWorld::GrownWorld;
 
     /// Puts the named nodes under a new group "NEW".
     void Gather(std::vector<std::string> const& labels) {
