@@ -6,23 +6,26 @@ namespace {
 
 /// A metadata record with the link by which an arena finds it when it is swept without the text's destructor running.
 struct AttachedMeta final : OmCellMetaData, OmMemoryRegion::Dependent {
-    AttachedMeta(OmCellMetaData const& meta, OmCellMetaData*& place) : OmCellMetaData(meta), holder(place) {
+    AttachedMeta(OmCellMetaData const& meta, std::uintptr_t& place, std::uintptr_t itsHome)
+        : OmCellMetaData(meta), holder(place), home(itsHome) {
         drop = DropSwept;
     }
 
     static void DropSwept(OmMemoryRegion::Dependent& self) {
         AttachedMeta& record = static_cast<AttachedMeta&>(self);
-        record.holder = nullptr;
+        record.holder = record.home;
         delete &record;
     }
 
-    OmCellMetaData*& holder; ///< the text's pointer to this record
+    std::uintptr_t& holder; ///< the text's word that holds this record's address
+    std::uintptr_t home;    ///< what stood in that word before
 };
 
-void Destroy(OmCellMetaData* meta) {
-    AttachedMeta* const record = static_cast<AttachedMeta*>(meta);
-    OmMemoryRegion::Detach(*record);
-    delete record;
+AttachedMeta& RecordOf(OmCellText const& text) { return static_cast<AttachedMeta&>(*text.getMeta()); }
+
+void Destroy(AttachedMeta& record) {
+    OmMemoryRegion::Detach(record);
+    delete &record;
 }
 
 std::string const& Shown(std::string const& entry) { return entry; }
@@ -40,11 +43,11 @@ void AppendList(std::string& line, char const* title, List const& list) {
 
 } // namespace
 
-OmCellText::OmCellText(OmCellText const& other) : OmRegionManaged() { setMeta(other._meta); }
+OmCellText::OmCellText(OmCellText const& other) : OmRegionManaged(), _meta(0) { setMeta(other.getMeta()); }
 
 OmCellText::~OmCellText() {
-    if (_meta != nullptr) {
-        Destroy(_meta);
+    if (hasMeta()) {
+        Destroy(RecordOf(*this));
     }
 }
 
@@ -72,29 +75,37 @@ void OmCellText::Print(unsigned int indent) const {
 
 bool OmCellText::IsBlank() const { return false; }
 
-std::vector<short> OmCellText::Footnotes() const { return _meta != nullptr ? _meta->footnotes : std::vector<short>(); }
+std::vector<short> OmCellText::Footnotes() const { return hasMeta() ? getMeta()->footnotes : std::vector<short>(); }
 
 std::vector<std::string> OmCellText::getMarkers() const {
-    return _meta != nullptr ? _meta->markers : std::vector<std::string>();
+    return hasMeta() ? getMeta()->markers : std::vector<std::string>();
 }
 
 void OmCellText::setMeta(OmCellMetaData const* meta) {
-    if (meta == _meta) {
+    AttachedMeta* const old = hasMeta() ? &RecordOf(*this) : nullptr;
+    if (meta == old) {
         return;
     }
-    AttachedMeta* record = nullptr;
+    std::uintptr_t const home = old != nullptr ? old->home : _meta;
     if (meta != nullptr) {
-        record = new AttachedMeta(*meta, _meta);
+        AttachedMeta* const record = new AttachedMeta(*meta, _meta, home);
         Home()->Attach(*record);
+        _meta = reinterpret_cast<std::uintptr_t>(static_cast<OmCellMetaData*>(record));
+    } else {
+        _meta = home;
     }
-    if (_meta != nullptr) {
-        Destroy(_meta);
+    if (old != nullptr) {
+        Destroy(*old);
     }
-    _meta = record;
 }
 
-void OmCellText::TakeOver(OmCellText const& source) {
-    setMeta(source._meta);
+OmMemoryRegion* OmCellText::HomeOfRecord() const {
+    std::uintptr_t const home = RecordOf(*this).home;
+    return home != 0 ? reinterpret_cast<OmMemoryRegion*>(home - HomeTag) : OmMemoryRegion::DefaultHeap();
+}
+
+void OmCellText::TakeOverRecord(OmCellText const& source) {
+    setMeta(source.getMeta());
     _tracker = Home() == source.Home() && !Home()->IsDefaultHeap() ? source._tracker : nullptr;
 }
 

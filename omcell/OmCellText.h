@@ -29,6 +29,10 @@ class OmBlank;
 /// destroys that through the virtual destructor (`delete text`), which hands the storage back with
 /// `OmMemoryRegion::Release`.
 ///
+/// A text stands wherever it was made with `new` (see OmRegionManaged); what it holds lies in its home, the region
+/// named to its constructor. A kind whose constructor takes a region is given the same one in both places: a sweep of
+/// another knows nothing of it.
+///
 /// What a text may hold outside its region. The metadata record is the only such thing, and only texts that named
 /// their arena as home make it known there, so that sweeping an arena frees the records of our own kinds without
 /// running a destructor; running the destructor afterwards is harmless. A foreign kind gets the same by handing its
@@ -90,9 +94,9 @@ public:
     /// Footnote marker strings of the metadata; empty without metadata.
     std::vector<std::string> getMarkers() const;
 
-    bool hasMeta() const { return _meta != nullptr; }
+    bool hasMeta() const { return _meta != 0 && (_meta & HomeTag) == 0; }
     /// The text's own record, or null. Valid until the next `setMeta` and no longer than the text.
-    OmCellMetaData* getMeta() const { return _meta; }
+    OmCellMetaData* getMeta() const { return hasMeta() ? reinterpret_cast<OmCellMetaData*>(_meta) : nullptr; }
     /// Copies the record; null takes the text's record away. The argument may be the text's own record.
     void setMeta(OmCellMetaData const* meta);
 
@@ -106,18 +110,43 @@ public:
     }
 
 protected:
-    /// `home` is the region that the text is built for; null means the default heap.
-    explicit OmCellText(OmMemoryRegion* home = nullptr) : OmRegionManaged(home) {}
+    /// `home` is the region that the text is built for; null means the default heap. A text that names its arena here
+    /// can keep things outside of it (`Home()->Attach`) and still leave nothing behind when the arena is swept.
+    explicit OmCellText(OmMemoryRegion* home = nullptr) : _meta(TaggedHome(home)) {}
 
     /// Copies the metadata; the copy has no tracker and the default heap as its home.
     OmCellText(OmCellText const& other);
     OmCellText& operator=(OmCellText const&) = delete;
 
+    /// The region given to the constructor; never null. Not owned.
+    OmMemoryRegion* Home() const {
+        return _meta == 0   ? OmMemoryRegion::DefaultHeap()
+               : !hasMeta() ? reinterpret_cast<OmMemoryRegion*>(_meta - HomeTag)
+                            : HomeOfRecord();
+    }
+
     /// For a clone just made: takes over the source's metadata, and its tracker when both live in the same arena.
-    void TakeOver(OmCellText const& source);
+    void TakeOver(OmCellText const& source) {
+        if (source.hasMeta()) {
+            TakeOverRecord(source);
+        } else {
+            _tracker = _meta != 0 && _meta == source._meta ? source._tracker : nullptr;
+        }
+    }
 
 private:
-    OmCellMetaData* _meta = nullptr;
+    static constexpr std::uintptr_t HomeTag = 1;
+
+    static std::uintptr_t TaggedHome(OmMemoryRegion* home) {
+        return home != nullptr && !home->IsDefaultHeap() ? reinterpret_cast<std::uintptr_t>(home) + HomeTag : 0;
+    }
+    OmMemoryRegion* HomeOfRecord() const;
+    void TakeOverRecord(OmCellText const& source);
+
+    /// One word for two things, as few texts have a record: the address of the record, which knows the home; or, while
+    /// there is none, the home with its lowest bit set; or 0, no record and the default heap. A word less a cell is a
+    /// ninth of what a short string cell takes.
+    std::uintptr_t _meta;
 
 protected:
     icuTracker* _tracker = nullptr;

@@ -3,54 +3,136 @@
 #include "omcell/detail/Ordering.h"
 #include "platform/icuTracker.h"
 
-OmStringCell::OmStringCell(std::string text, OmMemoryRegion* region, bool flag)
-    : OmCellText(region), _given(text, region), _u8(text, region), _english(text, region), _flag(flag) {}
+#include <algorithm>
+#include <cstring>
+#include <memory>
+#include <new>
 
-OmStringCell::OmStringCell(OmStringCell const& source, OmMemoryRegion* region)
-    : OmCellText(region), _given(source._given.View(), region), _u8(source._u8.View(), region),
-      _english(source._english.View(), region), _altText(source._altText.View(), region), _flag(source._flag) {
+/// Head of a wide text's block; the bytes of the runs follow it.
+struct OmStringCell::WideRuns {
+    std::size_t lengths[4];
+
+    char* Bytes() { return reinterpret_cast<char*>(this + 1); }
+};
+
+OmStringCell::OmStringCell(std::string text, OmMemoryRegion* region, bool flag) : OmCellText(region), _flag(flag) {
+    Assign({text, text, text, {}});
+}
+
+OmStringCell::OmStringCell(InOneBlock, OmStringCell const& source, OmMemoryRegion* region)
+    : OmCellText(region), _form(Form::Inline), _flag(source._flag) {
+    std::memcpy(_lengths, source._lengths, sizeof(_lengths));
+    std::memcpy(static_cast<void*>(&_runs), source.Runs(), source.ShortLength());
     TakeOver(source);
 }
 
-OmStringCell::~OmStringCell() = default;
+OmStringCell::~OmStringCell() {
+    if (_form != Form::Inline) {
+        OmMemoryRegion::Release(_runs);
+    }
+}
 
 void OmStringCell::Accept(Visitor& visitor) { visitor.Visit(*this); }
 
 short OmStringCell::OrderCode() const { return Order; }
 
-std::string OmStringCell::AsString() const { return _given.String(); }
+std::string OmStringCell::AsString() const { return std::string(View(Given)); }
 
 std::string OmStringCell::AsU8String() const {
     std::string converted;
-    if (_tracker != nullptr && !_tracker->Unicode() && !_flag && _tracker->ToU8(_given.String(), converted)) {
+    if (_tracker != nullptr && !_tracker->Unicode() && !_flag && _tracker->ToU8(AsString(), converted)) {
         return converted;
     }
-    return _u8.String();
+    return std::string(View(U8));
 }
 
-std::string OmStringCell::AsEngString() const { return _english.String(); }
+std::string OmStringCell::AsEngString() const { return std::string(View(English)); }
 
-std::size_t OmStringCell::TextLength() const { return _u8.size(); }
+std::size_t OmStringCell::TextLength() const { return View(U8).size(); }
 
 short OmStringCell::Compare(OmCellText const& other) const {
     OmStringCell const* const cell = dynamic_cast<OmStringCell const*>(&other);
-    return cell != nullptr ? om_detail::OrderBytes(_u8.View(), cell->_u8.View()) : om_detail::OrderKinds(*this, other);
+    return cell != nullptr ? om_detail::OrderBytes(View(U8), cell->View(U8)) : om_detail::OrderKinds(*this, other);
 }
 
-OmCellText* OmStringCell::Clone(OmMemoryRegion* region) const { return new (region) OmStringCell(*this, region); }
+OmCellText* OmStringCell::Clone(OmMemoryRegion* region) const {
+    if (_form == Form::Wide) {
+        auto clone = std::unique_ptr<OmStringCell>(new (region) OmStringCell(std::string(), region, _flag));
+        clone->Assign({View(Given), View(U8), View(English), View(Alt)});
+        clone->TakeOver(*this);
+        return clone.release();
+    }
+    // The runs take the place of the pointer to them, the last member.
+    std::size_t const bytes = sizeof(OmStringCell) - sizeof(_runs) + ShortLength();
+    void* const block = OmMemoryRegion::OrDefault(region)->Allocate(std::max(bytes, sizeof(OmStringCell)));
+    try {
+        return ::new (block) OmStringCell(InOneBlock{}, *this, region);
+    } catch (...) {
+        OmMemoryRegion::Release(block);
+        throw;
+    }
+}
 
-void OmStringCell::SetAltText(std::string text) { _altText.Assign(text, Home()); }
+// --- runs ------------------------------------------------------------------------------------------------------------
 
-std::string OmStringCell::AltText() const { return _altText.String(); }
+std::string_view OmStringCell::WideView(Run run) const {
+    WideRuns& wide = *std::launder(reinterpret_cast<WideRuns*>(_runs));
+    char const* first = wide.Bytes();
+    for (unsigned before = 0; before < run; ++before) {
+        first += wide.lengths[before];
+    }
+    return {first, wide.lengths[run]};
+}
+
+void OmStringCell::Assign(std::string_view const (&runs)[4]) {
+    std::size_t bytes = 0;
+    bool isWide = !runs[Alt].empty();
+    for (std::string_view const run : runs) {
+        bytes += run.size();
+        isWide = isWide || run.size() > LongestShortRun;
+    }
+    std::size_t const head = isWide ? sizeof(WideRuns) : 0;
+    char* const block = head + bytes != 0 ? static_cast<char*>(Home()->Allocate(head + bytes)) : nullptr;
+    char* end = block + head;
+    for (std::string_view const run : runs) {
+        if (!run.empty()) {
+            std::memcpy(end, run.data(), run.size());
+            end += run.size();
+        }
+    }
+    if (isWide) {
+        ::new (block) WideRuns{{runs[Given].size(), runs[U8].size(), runs[English].size(), runs[Alt].size()}};
+    } else {
+        for (Run const run : {Given, U8, English}) {
+            _lengths[run] = static_cast<std::uint16_t>(runs[run].size());
+        }
+    }
+    if (_form != Form::Inline) {
+        OmMemoryRegion::Release(_runs);
+    }
+    _form = isWide ? Form::Wide : Form::Apart;
+    _runs = block;
+}
+
+void OmStringCell::Replace(Run run, std::string_view text) {
+    std::string_view runs[4] = {View(Given), View(U8), View(English), View(Alt)};
+    runs[run] = text;
+    Assign(runs);
+}
+
+void OmStringCell::SetAltText(std::string text) { Replace(Alt, text); }
+
+std::string OmStringCell::AltText() const { return std::string(View(Alt)); }
 
 void OmStringCell::SetU8String(std::string_view text) {
     if (!_flag) {
-        _u8.Assign(text, Home());
+        Home()->BeforeEdit();
+        Replace(U8, text);
     }
 }
 
 void OmStringCell::SetEngString(std::string_view text) {
     if (!_flag) {
-        _english.Assign(text, Home());
+        Replace(English, text);
     }
 }
