@@ -1,7 +1,9 @@
 # Each target sets up what it needs; `make test` and `make demo` run on a machine that has nothing but make.
 JOBS ?= $(shell nproc)
 
-.PHONY: demo test asan clang tidy format-check clean setup
+BENCHMARK_PACKAGES = libbenchmark-dev libabsl-dev libboost1.81-dev libmimalloc-dev
+
+.PHONY: demo test asan clang tidy format-check bench bench-programs clean setup
 
 demo: setup
 	cmake --preset release
@@ -31,6 +33,18 @@ tidy:
 format-check:
 	tools/setup.sh git clang-format
 	tools/format-check.sh
+
+# Some rows only: make bench ROWS='hit-* walk-dense'. Fewer repetitions: make bench REPETITIONS=1
+ROWS ?=
+REPETITIONS ?= 5
+
+bench: bench-programs
+	benchmarks/run.py build/bench/benchmarks --out build/bench --repetitions $(REPETITIONS) --rows $(foreach row,$(ROWS),'$(row)')
+
+bench-programs:
+	tools/setup.sh $(BENCHMARK_PACKAGES)
+	cmake --preset bench
+	cmake --build --preset bench -j $(JOBS)
 
 setup:
 	tools/setup.sh

@@ -1,0 +1,40 @@
+// What one cell at a very large subscript takes.
+
+#include "benchmarks/CellStores.h"
+#include "benchmarks/Harness.h"
+
+#include <sys/resource.h>
+
+namespace om_bench {
+
+namespace {
+
+constexpr int FarSubscript = 2'000'000'000;
+/// Address space for this run. A store as long as the subscript ends with bad_alloc instead of starving the machine.
+constexpr rlim_t AddressSpace = rlim_t{4} << 30;
+
+void Far(benchmark::State& state) {
+    rlimit limit{};
+    getrlimit(RLIMIT_AS, &limit);
+    limit.rlim_cur = std::min(limit.rlim_max, AddressSpace);
+    setrlimit(RLIMIT_AS, &limit);
+
+    Phases phases(state);
+    std::size_t const before = HeapInUse();
+    OurStore store(2);
+    std::vector<int> const index = {FarSubscript, FarSubscript};
+    phases.Time("store", 1, [&] { store.Put(index, OmStringCell("far away")); });
+    phases.Record("bytes", static_cast<double>(HeapInUse() - before));
+    ExpectEqual(state, "the far cell", store.Has(index) ? 1 : 0, 1);
+    ExpectEqual(state, "cells walked", store.Walk().cells, 1);
+    phases.Finish();
+}
+
+[[maybe_unused]] bool const registered = [] {
+    Register("far-cell", "ours", Far);
+    return true;
+}();
+
+} // namespace
+
+} // namespace om_bench
