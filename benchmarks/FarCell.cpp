@@ -3,22 +3,13 @@
 #include "benchmarks/CellStores.h"
 #include "benchmarks/Harness.h"
 
-#include <sys/resource.h>
-
 namespace om_bench {
 
 namespace {
 
 constexpr int FarSubscript = 2'000'000'000;
-/// Address space for this run. A store as long as the subscript ends with bad_alloc instead of starving the machine.
-constexpr rlim_t AddressSpace = rlim_t{4} << 30;
 
 void Far(benchmark::State& state) {
-    rlimit limit{};
-    getrlimit(RLIMIT_AS, &limit);
-    limit.rlim_cur = std::min(limit.rlim_max, AddressSpace);
-    setrlimit(RLIMIT_AS, &limit);
-
     Phases phases(state);
     std::size_t const before = HeapInUse();
     OurStore store(2);

@@ -3,7 +3,25 @@
 
 #include "benchmarks/Harness.h"
 
+#include <algorithm>
+#include <sys/resource.h>
+
+namespace {
+
+/// A side that takes far more memory than any of them needs ends with bad_alloc, and not with the machine.
+constexpr rlim_t AddressSpace = rlim_t{12} << 30;
+
+void LimitMemory() {
+    rlimit limit{};
+    getrlimit(RLIMIT_AS, &limit);
+    limit.rlim_cur = std::min(limit.rlim_max, AddressSpace);
+    setrlimit(RLIMIT_AS, &limit);
+}
+
+} // namespace
+
 int main(int argumentCount, char** arguments) {
+    LimitMemory();
     om_bench::TakeOptions(argumentCount, arguments);
     benchmark::Initialize(&argumentCount, arguments);
     if (benchmark::ReportUnrecognizedArguments(argumentCount, arguments)) {
