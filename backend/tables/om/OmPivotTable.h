@@ -20,6 +20,10 @@ class OmCellText;
 class OmDimension;
 class icuTracker;
 
+namespace om_detail {
+class PrefixVisitor;
+}
+
 /// The rich item of the output document: any number of dimensions, a sparse store of cells, three axes, the texts that
 /// frame the table, footnotes, formats and display properties.
 ///
@@ -320,6 +324,12 @@ public:
     void PrintCells() const;
 
 private:
+    friend class OmDisplayLayerHeading;
+
+    // What the headings ask of the cell store; see backend/tables/om/detail/CellProjection.h.
+    std::size_t PresentCells() const;
+    void VisitPrefixes(std::size_t lowest, std::vector<int> const& wanted, om_detail::PrefixVisitor visit) const;
+
     void PrintCells(PointerVector* node, std::size_t level, std::size_t index) const;
 
     Data* _my;

@@ -154,6 +154,7 @@ void OmPivotTable::Data::Store(std::vector<int> const& index, OmCellText const* 
     // A cell that is stored into its own place is the one case that is cloned before.
     OmCellText* clone = cell != nullptr && cell == old ? cell->Clone(this) : nullptr;
     leaf->Entry(i, nullptr);
+    presentCells -= old != nullptr ? 1 : 0;
     delete old;
     if (cell == nullptr) {
         return;
@@ -162,6 +163,7 @@ void OmPivotTable::Data::Store(std::vector<int> const& index, OmCellText const* 
         clone = cell->Clone(this);
     }
     leaf->Entry(i, clone);
+    ++presentCells;
     clone->Accept(helper);
     if (saved != nullptr) {
         clone->setMeta(saved.get());
@@ -190,6 +192,7 @@ void OmPivotTable::Data::Remove(std::vector<int> const& index) {
     std::size_t const i = Unsigned(index[0]);
     OmCellText* const cell = static_cast<OmCellText*>(path.back()->Entry(i));
     path.back()->Entry(i, nullptr);
+    presentCells -= cell != nullptr ? 1 : 0;
     delete cell;
     for (std::size_t k = 1; path.size() > 1 && path.back()->AllNull(); ++k) {
         PointerVector::Destroy(path.back());

@@ -79,6 +79,7 @@ public:
     bool removedFootnotes = false;
     bool hasSplits;
     PointerVector* cellRoot = nullptr;
+    std::size_t presentCells = 0; ///< entries of the store that hold a cell
     std::vector<OmDimension*> _dimensions;
     PuppetVector<short> rows;
     PuppetVector<short> columns;
