@@ -21,11 +21,19 @@ std::uint64_t MultiBase::Count() const {
 
 std::vector<std::uint32_t> MultiBase::Digits(std::uint64_t number) const {
     std::vector<std::uint32_t> digits(_bases.size(), 0);
-    if (digits.empty()) {
-        return digits;
+    Digits(number, digits.data());
+    return digits;
+}
+
+std::uint64_t MultiBase::Digits(std::uint64_t number, std::uint32_t* digits) const {
+    if (_bases.empty()) {
+        return 0;
     }
-    std::size_t position = _bases.size() - 1;
-    for (; position > 0 && number != 0; --position) {
+    for (std::size_t position = _bases.size() - 1; position > 0; --position) {
+        digits[position] = 0;
+        if (number == 0) {
+            continue;
+        }
         std::uint32_t const b = _bases[position];
         if (!OM_ASSERT(b > 0, "b>0", Source, 126)) {
             std::abort();
@@ -33,8 +41,8 @@ std::vector<std::uint32_t> MultiBase::Digits(std::uint64_t number) const {
         digits[position] = static_cast<std::uint32_t>(number % b);
         number /= b;
     }
-    digits[position] = static_cast<std::uint32_t>(number);
-    return digits;
+    digits[0] = static_cast<std::uint32_t>(number);
+    return number;
 }
 
 std::uint64_t MultiBase::Number(std::vector<std::uint32_t> const& digits) const {

@@ -33,6 +33,10 @@ public:
     /// There is no quotient to carry on with: a handler that returns ends in std::abort.
     std::vector<std::uint32_t> Digits(std::uint64_t number) const;
 
+    /// The same into the caller's storage, one entry for each base. Returns what is left for the first digit, which may
+    /// be wider than the entry that holds its low 32 bits; 0 without bases.
+    std::uint64_t Digits(std::uint64_t number, std::uint32_t* digits) const;
+
     /// The number with these digits. Without bases, the empty list is number 0. O(bases).
     /// Assertion "digit == end && i == size" (`backend/tables/MultiBase`, line 148) when there are more or fewer
     /// digits than bases; with a handler that returns, the number computed so far is given.

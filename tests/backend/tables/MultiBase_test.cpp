@@ -158,6 +158,22 @@ TEST(MultiBase, OversizedFirstDigitKeepsItsLowHalf) {
     EXPECT_EQ(Of({1, 2}).Digits((std::uint64_t{1} << 33) + 7), (Digits{3, 1}));
 }
 
+TEST(MultiBase, DigitsGoIntoTheCallersStorage) {
+    std::uint32_t digits[3] = {9, 9, 9};
+    EXPECT_EQ(Of({2, 3, 4}).Digits(7, digits), 0U);
+    EXPECT_EQ(std::vector<std::uint32_t>(digits, digits + 3), (std::vector<std::uint32_t>{0, 1, 3}));
+    EXPECT_EQ(Of({2, 3}).Digits(14, digits), 4U);
+    EXPECT_EQ(std::vector<std::uint32_t>(digits, digits + 3), (std::vector<std::uint32_t>{4, 2, 3}));
+    EXPECT_EQ(Of({}).Digits(14, nullptr), 0U);
+}
+
+// The storage cannot hold it, the caller may want to know.
+TEST(MultiBase, WhatIsLeftForTheFirstDigitIsToldWhole) {
+    std::uint32_t digits[2] = {};
+    EXPECT_EQ(Of({1, 2}).Digits(std::uint64_t{1} << 40, digits), std::uint64_t{1} << 39);
+    EXPECT_EQ(digits[0], 0U);
+}
+
 TEST(MultiBase, CopiesItsBases) {
     std::list<std::uint32_t> bases{3, 4};
     MultiBase const index(bases.begin(), bases.end());
