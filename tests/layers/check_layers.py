@@ -87,6 +87,7 @@ FLOORS = {
     "backend/tables/om/detail/DisplayRecord": 5,
     "backend/tables/om/detail/HeadingLayout": 5,
     "backend/tables/om/detail/LayerLayout": 5,
+    "backend/tables/om/detail/PositionSet": 5,
     "backend/tables/om/detail/Streams": 5,
     "backend/tables/om/OmOutputTree": 6,
     "omtree": 7,
@@ -107,6 +108,7 @@ DISPLAY_FILES = {
     "backend/tables/om/detail/DisplayRecord",
     "backend/tables/om/detail/HeadingLayout",
     "backend/tables/om/detail/LayerLayout",
+    "backend/tables/om/detail/PositionSet",
 }
 
 # Headers from outside the standard library: name -> the path starts that may include it.

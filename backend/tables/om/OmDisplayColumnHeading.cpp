@@ -9,39 +9,41 @@ OmDisplayColumnHeading::OmDisplayColumnHeading(OmDisplayLayerHeading& layers, bo
 
 OmDisplayColumnHeading::~OmDisplayColumnHeading() = default;
 
-int OmDisplayColumnHeading::NColumns() const { return _layout->Positions(); }
-
-int OmDisplayColumnHeading::NRows() const { return _layout->Depth(); }
-
-int OmDisplayColumnHeading::VisibleHeight(int i) const { return _layout->HeightAt(i); }
-
-int OmDisplayColumnHeading::NDimensions() const { return _layout->NDimensions(); }
-
-int OmDisplayColumnHeading::getDimensionIndex(int i) const { return _layout->DimensionAt(i); }
-
-std::vector<unsigned long long> const& OmDisplayColumnHeading::getNonEmptyColumns() const {
-    return _layout->NonEmpty();
+om_detail::HeadingLayout& OmDisplayColumnHeading::Layout() const {
+    return static_cast<om_detail::HeadingLayout&>(*_layout);
 }
 
-std::deque<OmDisplayColumnHeading::ConstNode*> OmDisplayColumnHeading::Column(int c) { return _layout->Cells(c); }
+int OmDisplayColumnHeading::NColumns() const { return Layout().Positions(); }
 
-std::deque<OmDisplayColumnHeading::ConstNode*> OmDisplayColumnHeading::Row(int r) { return _layout->Line(r); }
+int OmDisplayColumnHeading::NRows() const { return Layout().Depth(); }
+
+int OmDisplayColumnHeading::VisibleHeight(int i) const { return Layout().HeightAt(i); }
+
+int OmDisplayColumnHeading::NDimensions() const { return Layout().NDimensions(); }
+
+int OmDisplayColumnHeading::getDimensionIndex(int i) const { return Layout().DimensionAt(i); }
+
+std::vector<unsigned long long> const& OmDisplayColumnHeading::getNonEmptyColumns() const {
+    return Layout().NonEmpty();
+}
+
+std::deque<OmDisplayColumnHeading::ConstNode*> OmDisplayColumnHeading::Column(int c) { return Layout().Cells(c); }
+
+std::deque<OmDisplayColumnHeading::ConstNode*> OmDisplayColumnHeading::Row(int r) { return Layout().Line(r); }
 
 std::deque<OmDisplayColumnHeading::ConstNode*> OmDisplayColumnHeading::ColumnCategories(int c) {
-    return _layout->Categories(c);
+    return Layout().Categories(c);
 }
 
 void OmDisplayColumnHeading::DimCatNodes(int c, std::vector<ConstNode*>& dimensions,
                                          std::vector<ConstNode*>& categories) const {
-    _layout->DimCatNodes(c, dimensions, categories);
+    Layout().DimCatNodes(c, dimensions, categories);
 }
 
 void OmDisplayColumnHeading::DimAllNodes(int c, std::vector<ConstNode*>& nodes) const {
-    _layout->DimAllNodes(c, nodes);
+    Layout().DimAllNodes(c, nodes);
 }
 
-void OmDisplayColumnHeading::Fill(std::vector<int>& index, int c) const { _layout->Fill(index, c); }
+OmPivotTable& OmDisplayColumnHeading::Table() const { return Layout().Table(); }
 
-OmPivotTable& OmDisplayColumnHeading::Table() const { return _layout->Table(); }
-
-bool OmDisplayColumnHeading::SkipEmpty() const { return _layout->SkipEmpty(); }
+bool OmDisplayColumnHeading::SkipEmpty() const { return Layout().SkipEmpty(); }

@@ -36,7 +36,7 @@ public:
     using ConstNode = OmDimension::ConstNode;
 
     /// Lays out the table's column axis for the current layer. O(columns) with skipping in a dense table times the rows
-    /// that are probed, in a sparse one O(cells); else O(1) beside the layer heading's own work.
+    /// that are probed, in a sparse one O(cells of the layer) or less; else O(1) beside the layer heading's own work.
     OmDisplayColumnHeading(OmDisplayLayerHeading& layers, bool skipEmpty);
     ~OmDisplayColumnHeading();
 
@@ -76,13 +76,15 @@ public:
 
     /// Writes the categories of column c into a cell index, which is resized to the number of dimensions; other entries
     /// are left as they are.
-    void Fill(std::vector<int>& index, int c) const;
+    void Fill(std::vector<int>& index, int c) const { _layout->Fill(index, c); }
 
     OmPivotTable& Table() const;
     bool SkipEmpty() const;
 
 private:
-    std::unique_ptr<om_detail::HeadingLayout> _layout;
+    om_detail::HeadingLayout& Layout() const;
+
+    std::unique_ptr<om_detail::PositionFill> _layout; ///< a HeadingLayout
 };
 
 #endif

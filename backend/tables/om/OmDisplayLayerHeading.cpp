@@ -21,41 +21,41 @@ int OmDisplayLayerHeading::VisibleWidth(int i) const {
     if (i < 0) {
         return 0;
     }
-    DisplayRecord const* const record = _layout->layerIndexer.RecordAt(static_cast<std::size_t>(i), _layout->records);
+    DisplayRecord const* const record = _layout->layerIndexer.RecordAt(static_cast<std::size_t>(i));
     return record != nullptr ? record->Width() : 0;
 }
 
 std::deque<OmDisplayLayerHeading::ConstNode*> OmDisplayLayerHeading::Nodes(int i) {
     std::deque<ConstNode*> nodes;
-    DisplayRecord::Path* const path = _layout->CurrentPath(i);
-    if (path == nullptr) {
+    DisplayRecord::Path const path = _layout->CurrentPath(i);
+    if (!path) {
         return nodes;
     }
-    for (auto node = path->rbegin(); node != path->rend(); ++node) {
-        OmDimensionNode const& value = node->Value();
+    path.AppendFromRoot(nodes);
+    for (auto node = nodes.begin(); node != nodes.end(); ++node) {
+        OmDimensionNode const& value = (*node)->Value();
         if (value.Hide()) {
-            nodes.push_back(nullptr);
+            *node = nullptr;
         } else if (value.IsGroup() && value.HideLabels()) {
+            nodes.erase(node, nodes.end());
             break;
-        } else {
-            nodes.push_back(&*node);
         }
     }
     return nodes;
 }
 
 void OmDisplayLayerHeading::DimCatNodes(int i, ConstNode*& dimension, ConstNode*& category) const {
-    DisplayRecord::Path* const path = _layout->CurrentPath(i);
-    if (path != nullptr && path->size() > 1) {
-        dimension = &path->back();
-        category = &path->front();
+    DisplayRecord::Path const path = _layout->CurrentPath(i);
+    if (path && path.Length() > 1) {
+        dimension = &path.Root();
+        category = &path.Node();
     }
 }
 
 void OmDisplayLayerHeading::DimAllNodes(int i, std::vector<ConstNode*>& nodes) const {
-    DisplayRecord::Path* const path = _layout->CurrentPath(i);
-    if (path != nullptr && path->size() > 1) {
-        std::for_each(path->rbegin(), path->rend(), [&](ConstNode& node) { nodes.push_back(&node); });
+    DisplayRecord::Path const path = _layout->CurrentPath(i);
+    if (path && path.Length() > 1) {
+        path.AppendFromRoot(nodes);
     }
 }
 

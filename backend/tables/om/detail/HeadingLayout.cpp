@@ -13,14 +13,14 @@ HeadingLayout::HeadingLayout(OmDisplayLayerHeading& layerHeading, PuppetVector<s
                              PuppetVector<short> const& other, bool skipsEmpty, bool namesInCorner)
     : _layers(layerHeading._layout.get()), _skipEmpty(skipsEmpty), _namesInCorner(namesInCorner),
       _indexer(Reversed(axis), _layers->table->SizeVector()) {
+    _indexer.Bind(_layers->records);
     _count = _indexer.Count();
     if (_skipEmpty) {
         AxisIndexer const across(Reversed(other), _layers->table->SizeVector());
-        std::vector<std::uint64_t> const positions =
-            _layers->NonEmpty(_indexer, across, _layers->currentCellIndex, &_layers->layerIndexer);
-        _nonEmpty.assign(positions.begin(), positions.end());
+        _nonEmpty = _layers->NonEmpty(_indexer, across, _layers->currentCellIndex, &_layers->layerIndexer);
         _count = _nonEmpty.size();
     }
+    ListCategories();
     MeasureHeights();
     if (_namesInCorner) {
         GiveNamesToCorner();
@@ -32,31 +32,34 @@ HeadingLayout::HeadingLayout(OmDisplayLayerHeading& layerHeading, PuppetVector<s
 
 void HeadingLayout::MeasureHeights() {
     for (std::size_t i = 0; i < _indexer.NDimensions(); ++i) {
-        DisplayRecord const* const record = _indexer.RecordAt(i, _layers->records);
-        if (record == nullptr) {
-            continue;
+        DisplayRecord const* const record = _indexer.RecordAt(i);
+        if (record != nullptr) {
+            _heights.push_back(HeightOf(i, *record));
         }
-        unsigned int const width = static_cast<unsigned int>(record->Width());
-        unsigned int height = _nonEmpty.empty() ? width : 0;
-        Digits digits;
-        for (std::size_t p = 0; p < _nonEmpty.size() && height < width; ++p) {
-            if (_indexer.DigitsOf(_nonEmpty[p], digits) && digits[i] < record->Shown()) {
-                height = std::max(height, record->DepthAt(digits[i]));
-            }
-        }
-        _heights.push_back(height);
     }
+}
+
+unsigned int HeadingLayout::HeightOf(std::size_t i, DisplayRecord const& record) const {
+    unsigned int const width = static_cast<unsigned int>(record.Width());
+    unsigned int height = _nonEmpty.empty() ? width : 0;
+    Digits digits(_indexer.NDimensions());
+    for (std::size_t p = 0; p < _nonEmpty.size() && height < width; ++p) {
+        if (_indexer.DigitsOf(_nonEmpty[p], digits) && digits[i] < record.Shown()) {
+            height = std::max(height, record.DepthAt(digits[i]));
+        }
+    }
+    return height;
 }
 
 void HeadingLayout::GiveNamesToCorner() {
     std::size_t next = 0;
     for (std::size_t i = 0; i < _indexer.NDimensions(); ++i) {
-        DisplayRecord* const record = _indexer.RecordAt(i, _layers->records);
+        DisplayRecord* const record = _indexer.RecordAt(i);
         if (record == nullptr) {
             continue;
         }
         unsigned int& height = _heights[next++];
-        if (record->Shown() > 0 && height != 0 && !record->PathAt(0)->back().Value().Hide()) {
+        if (record->Shown() > 0 && height != 0 && !record->PathAt(0).Root().Value().Hide()) {
             --height;
         }
     }
@@ -98,91 +101,142 @@ std::vector<unsigned long long> const& HeadingLayout::NonEmpty() const {
     return _nonEmpty;
 }
 
-std::vector<HeadingLayout::Path*> HeadingLayout::PathsAt(std::optional<std::uint64_t> linear) const {
-    std::vector<Path*> paths(_indexer.NDimensions(), nullptr);
-    Digits digits;
-    if (!linear || !_indexer.DigitsOf(*linear, digits)) {
-        return paths;
+template <typename Visit>
+void HeadingLayout::EachPath(std::optional<std::uint64_t> linear, Visit&& visit) const {
+    Digits digits(_indexer.NDimensions());
+    bool const hasDigits = linear && _indexer.DigitsOf(*linear, digits);
+    for (std::size_t i = 0; i < digits.size(); ++i) {
+        DisplayRecord* const record = _indexer.RecordAt(i);
+        visit(i, hasDigits && record != nullptr ? record->PathAt(digits[i]) : Path());
     }
-    for (std::size_t i = 0; i < paths.size(); ++i) {
-        DisplayRecord* const record = _indexer.RecordAt(i, _layers->records);
-        if (record != nullptr) {
-            paths[i] = record->PathAt(digits[i]);
-        }
-    }
-    return paths;
 }
 
 // --- cells ----------------------------------------------------------------------------------------------------------
 
-HeadingLayout::Nodes HeadingLayout::Labels(Path& path) const {
-    Nodes labels;
-    for (auto node = path.rbegin(); node != path.rend(); ++node) {
-        OmDimensionNode const& value = node->Value();
+bool HeadingLayout::Shows(ConstNode const& node) const {
+    return !node.Value().Hide() && !(_namesInCorner && node.Depth() == 0);
+}
+
+// A path is linked upwards alone, so the labels are counted first and told on a second way up.
+template <typename Put>
+void HeadingLayout::EachLabel(Path leaf, Put&& put) const {
+    std::size_t count = 0;
+    Path innermost = leaf;
+    for (Path step = leaf; step; step = step.Above()) {
+        OmDimensionNode const& value = step.Node().Value();
         // A group that hides its labels ends the list even when it is hidden itself.
         if (value.IsGroup() && value.HideLabels()) {
-            break;
-        }
-        if (!value.Hide() && !(_namesInCorner && node->Depth() == 0)) {
-            labels.push_back(&*node);
+            count = 0;
+            innermost = step.Above();
+        } else if (Shows(step.Node())) {
+            ++count;
         }
     }
-    return labels;
+    for (Path step = innermost; count > 0; step = step.Above()) {
+        if (Shows(step.Node())) {
+            put(--count, &step.Node());
+        }
+    }
 }
 
 HeadingLayout::Nodes HeadingLayout::Cells(int position) const {
-    Nodes cells;
-    std::vector<Path*> const paths = PathsAt(LinearOf(position));
+    Nodes cells(static_cast<std::size_t>(_depth), nullptr);
+    std::size_t first = 0;
     std::size_t next = 0;
-    for (std::size_t i = 0; i < paths.size(); ++i) {
-        if (_indexer.RecordAt(i, _layers->records) == nullptr) {
-            continue;
+    EachPath(LinearOf(position), [&](std::size_t i, Path path) {
+        if (_indexer.RecordAt(i) == nullptr) {
+            return;
         }
-        Nodes labels = paths[i] != nullptr ? Labels(*paths[i]) : Nodes();
-        labels.resize(_heights[next++], nullptr);
-        cells.insert(cells.end(), labels.begin(), labels.end());
-    }
+        unsigned int const height = _heights[next++];
+        EachLabel(path, [&](std::size_t line, ConstNode* node) {
+            if (line < height) {
+                cells[first + line] = node;
+            }
+        });
+        first += height;
+    });
     return cells;
 }
 
+// Neighbouring positions share the digit that the line belongs to, and with it the entry.
 HeadingLayout::Nodes HeadingLayout::Line(int line) const {
     Nodes nodes;
     if (line < 0 || line >= _depth) {
         return nodes;
     }
+    std::size_t wanted = static_cast<std::size_t>(line);
+    std::size_t i = 0;
+    for (std::size_t next = 0;; ++i) {
+        if (_indexer.RecordAt(i) != nullptr) {
+            if (wanted < _heights[next]) {
+                break;
+            }
+            wanted -= _heights[next++];
+        }
+    }
+    std::uint64_t const stride = _indexer.Stride(i);
+    std::uint64_t run = 0;
+    Digits digits(_indexer.NDimensions());
+    ConstNode* node = nullptr;
     for (int position = 0; position < Positions(); ++position) {
-        nodes.push_back(Cells(position)[static_cast<std::size_t>(line)]);
+        std::uint64_t const linear = *LinearOf(position);
+        if (position == 0 || linear / stride != run) {
+            run = linear / stride;
+            node = nullptr;
+            if (_indexer.DigitsOf(linear, digits)) {
+                EachLabel(_indexer.RecordAt(i)->PathAt(digits[i]),
+                          [&](std::size_t at, ConstNode* label) { node = at == wanted ? label : node; });
+            }
+        }
+        nodes.push_back(node);
     }
     return nodes;
 }
 
 HeadingLayout::Nodes HeadingLayout::Categories(int position) const {
     Nodes categories;
-    for (Path* const path : PathsAt(LinearOf(position))) {
-        categories.push_back(path != nullptr ? &path->front() : nullptr);
-    }
+    EachPath(LinearOf(position), [&](std::size_t, Path path) { categories.push_back(path ? &path.Node() : nullptr); });
     return categories;
 }
 
 void HeadingLayout::DimCatNodes(int position, std::vector<ConstNode*>& dimensions,
                                 std::vector<ConstNode*>& categories) const {
-    for (Path* const path : PathsAt(LinearOrItself(position))) {
-        if (path != nullptr && path->size() > 1) {
-            dimensions.push_back(&path->back());
-            categories.push_back(&path->front());
+    EachPath(LinearOrItself(position), [&](std::size_t, Path path) {
+        if (path && path.Length() > 1) {
+            dimensions.push_back(&path.Root());
+            categories.push_back(&path.Node());
         }
-    }
+    });
 }
 
 void HeadingLayout::DimAllNodes(int position, std::vector<ConstNode*>& nodes) const {
-    for (Path* const path : PathsAt(LinearOrItself(position))) {
-        if (path != nullptr && path->size() > 1) {
-            std::for_each(path->rbegin(), path->rend(), [&](ConstNode& node) { nodes.push_back(&node); });
+    EachPath(LinearOrItself(position), [&](std::size_t, Path path) {
+        if (path && path.Length() > 1) {
+            path.AppendFromRoot(nodes);
         }
-    }
+    });
 }
 
-void HeadingLayout::Fill(std::vector<int>& index, int position) const {
+void HeadingLayout::ListCategories() {
+    _dimensions = _layers->records.size();
+    DisplayRecord const* const record = _indexer.RecordAt(0);
+    if (record == nullptr || _indexer.NDimensions() != 1) {
+        return;
+    }
+    _dimension = static_cast<std::size_t>(_indexer.DimensionAt(0));
+    std::vector<int> const* list = &record->Categories();
+    if (_skipEmpty) {
+        _shownCategories.reserve(_nonEmpty.size());
+        for (unsigned long long const position : _nonEmpty) {
+            _shownCategories.push_back(record->CategoryAt(static_cast<std::size_t>(position)));
+        }
+        list = &_shownCategories;
+    }
+    _categories = list->data();
+    _listed = list->size();
+}
+
+void HeadingLayout::FillByDigits(std::vector<int>& index, int position) const {
     std::optional<std::uint64_t> const linear = LinearOf(position);
     if (linear) {
         _layers->Apply(_indexer, *linear, index);
@@ -198,23 +252,21 @@ OmPivotTable& HeadingLayout::Table() const { return *_layers->table; }
 void HeadingLayout::MakeCorner() {
     bool placed = false;
     if (_namesInCorner && _indexer.NDimensions() > 0) {
-        std::vector<Path*> const paths = PathsAt(0);
         std::size_t next = 0;
-        for (std::size_t i = 0; i < paths.size(); ++i) {
-            if (_indexer.RecordAt(i, _layers->records) == nullptr) {
-                continue;
+        EachPath(0, [&](std::size_t i, Path path) {
+            if (_indexer.RecordAt(i) == nullptr) {
+                return;
             }
             unsigned int const height = _heights[next++];
-            if (paths[i] == nullptr) {
-                continue;
+            if (!path || height == 0) {
+                return;
             }
-            OmDimensionNode const& root = paths[i]->back().Value();
+            OmDimensionNode const& root = path.Root().Value();
             OmCellText const* const name = root.Hide() ? nullptr : root.Text();
-            for (unsigned int line = 0; line < height; ++line) {
-                _corner.push_back(line == 0 ? name : nullptr);
-            }
-            placed = placed || (height > 0 && name != nullptr);
-        }
+            _corner.push_back(name);
+            _corner.resize(_corner.size() + height - 1, nullptr);
+            placed = placed || name != nullptr;
+        });
     }
     if (_count != 0 && !placed) {
         _corner.resize(static_cast<std::size_t>(_depth), nullptr);

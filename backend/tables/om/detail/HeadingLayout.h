@@ -27,7 +27,7 @@ namespace om_detail {
 ///
 /// A position is a place in the shown sequence; its linear number counts along the whole axis. A position without a
 /// linear number, or one past a dimension's shown categories, gives null cells.
-class HeadingLayout {
+class HeadingLayout final : public PositionFill {
 public:
     using ConstNode = OmDimension::ConstNode;
     using Nodes = std::deque<ConstNode*>;
@@ -43,7 +43,6 @@ public:
     Nodes Categories(int position) const;
     void DimCatNodes(int position, std::vector<ConstNode*>& dimensions, std::vector<ConstNode*>& categories) const;
     void DimAllNodes(int position, std::vector<ConstNode*>& nodes) const;
-    void Fill(std::vector<int>& index, int position) const;
 
     int Positions() const;
     int Depth() const { return _depth; }
@@ -63,12 +62,20 @@ private:
     using Path = DisplayRecord::Path;
 
     void MeasureHeights();
+    unsigned int HeightOf(std::size_t i, DisplayRecord const& record) const;
     void GiveNamesToCorner();
-    Nodes Labels(Path& path) const;
+    void ListCategories();
+    void FillByDigits(std::vector<int>& index, int position) const override;
+    bool Shows(ConstNode const& node) const;
+    /// Calls `put(line, node)` for the labels of a path, innermost first; line 0 is the outermost.
+    template <typename Put>
+    void EachLabel(Path leaf, Put&& put) const;
     std::optional<std::uint64_t> LinearOf(int position) const;
     std::uint64_t LinearOrItself(int position) const;
-    /// Label path of each heading dimension at a linear position; null where there is none.
-    std::vector<Path*> PathsAt(std::optional<std::uint64_t> linear) const;
+    /// Calls `visit(i, path)` for each heading dimension with its label path at a linear position; null where there is
+    /// none.
+    template <typename Visit>
+    void EachPath(std::optional<std::uint64_t> linear, Visit&& visit) const;
 
     OmDisplayLayerHeading::Layout* _layers;
     bool _skipEmpty;
@@ -77,6 +84,7 @@ private:
     std::vector<OmCellText const*> _corner;
     mutable std::vector<unsigned long long> _nonEmpty; ///< without skipping, filled when first asked for
     std::vector<unsigned int> _heights;                ///< one for each heading dimension that has a display record
+    std::vector<int> _shownCategories;                 ///< with skipping, what `_categories` points at
     std::uint64_t _count = 0;
     int _depth = 0;
 };

@@ -1,6 +1,7 @@
 #include "backend/tables/om/detail/LayerLayout.h"
 
 #include "backend/tables/om/OmDimension.h"
+#include "backend/tables/om/detail/CellProjection.h"
 
 #include <algorithm>
 #include <limits>
@@ -9,6 +10,7 @@
 using om_detail::AxisIndexer;
 using om_detail::Digits;
 using om_detail::DisplayRecord;
+using om_detail::PositionSet;
 using om_detail::Reversed;
 
 PuppetVector<short> om_detail::Reversed(PuppetVector<short> const& axis) {
@@ -22,6 +24,7 @@ OmDisplayLayerHeading::Layout::Layout(OmPivotTable& itsTable, bool itSkipsEmpty)
       layerIndexer(Reversed(itsTable.Layers()), itsTable.SizeVector()) {
     try {
         MakeRecords();
+        layerIndexer.Bind(records);
         sparse = IsSparse();
         if (!skipEmpty) {
             layerCount = layerIndexer.Count();
@@ -73,51 +76,54 @@ bool OmDisplayLayerHeading::Layout::IsSparse() const {
         possible = factor != 0 && possible > Most / factor ? Most : possible * factor;
     }
     std::uint64_t const threshold = (possible > Most - 50 ? Most : possible + 50) / 100;
-    std::uint64_t present = 0;
-    OmPivotTable const& readTable = *table;
-    for (auto cell = readTable.FirstCell(); present < threshold && cell.Cell() != nullptr; ++cell) {
-        ++present;
-    }
-    return present < threshold;
+    return table->PresentCells() < threshold;
 }
 
 // --- positions that hold a cell -------------------------------------------------------------------------------------
 
-std::vector<std::uint64_t> OmDisplayLayerHeading::Layout::NonEmpty(AxisIndexer const& axis, AxisIndexer const& other,
-                                                                   std::vector<int> const& start,
-                                                                   AxisIndexer const* layer) const {
+OmDisplayLayerHeading::Layout::Positions OmDisplayLayerHeading::Layout::NonEmpty(AxisIndexer const& axis,
+                                                                                 AxisIndexer const& other,
+                                                                                 std::vector<int> const& start,
+                                                                                 AxisIndexer const* layer) const {
     return sparse ? ProjectCells(axis, start, layer) : ProbePositions(axis, other, start);
 }
 
-bool OmDisplayLayerHeading::Layout::AnyCell(AxisIndexer const& other, std::vector<int>& index) const {
+// The first position of the other axis holds a cell in nearly every dense table. Where it does not, the store is asked
+// for any cell that stands within the other axis's sizes, instead of position after position.
+bool OmDisplayLayerHeading::Layout::AnyCell(AxisIndexer const& other, std::vector<int>& index,
+                                            std::vector<int>& wanted) const {
     OmPivotTable const& readTable = *table;
-    Digits digits(other.NDimensions(), 0);
-    other.Scatter(digits, index);
+    other.Set(0, index);
     // The current layer may be that of a dissolved leaf, whose subscript a look-up refuses.
     if (std::any_of(index.begin(), index.end(), [](int subscript) { return subscript < 0; })) {
         return false;
     }
-    do {
-        other.Scatter(digits, index);
-        if (readTable.Cell(index) != nullptr) {
-            return true;
-        }
-    } while (other.Next(digits));
-    return false;
+    if (readTable.Cell(index) != nullptr) {
+        return true;
+    }
+    bool found = false;
+    wanted = index;
+    other.Set(-1, wanted);
+    readTable.VisitPrefixes(0, wanted, [&](int const* cell) {
+        found = other.Holds(cell);
+        return !found;
+    });
+    return found;
 }
 
-std::vector<std::uint64_t> OmDisplayLayerHeading::Layout::ProbePositions(AxisIndexer const& axis,
-                                                                         AxisIndexer const& other,
-                                                                         std::vector<int> const& start) const {
-    std::vector<std::uint64_t> positions;
+OmDisplayLayerHeading::Layout::Positions
+OmDisplayLayerHeading::Layout::ProbePositions(AxisIndexer const& axis, AxisIndexer const& other,
+                                              std::vector<int> const& start) const {
+    Positions positions;
     if (axis.Count() == 0 || other.Count() == 0) {
         return positions;
     }
     std::vector<int> index = start;
-    Digits digits(axis.NDimensions(), 0);
+    std::vector<int> wanted;
+    Digits digits(axis.NDimensions());
     std::uint64_t position = 0;
     do {
-        if (axis.ApplyAll(digits, records, index) && AnyCell(other, index)) {
+        if (axis.ApplyAll(digits, index) && AnyCell(other, index, wanted)) {
             positions.push_back(position);
         }
         ++position;
@@ -125,21 +131,25 @@ std::vector<std::uint64_t> OmDisplayLayerHeading::Layout::ProbePositions(AxisInd
     return positions;
 }
 
-std::vector<std::uint64_t> OmDisplayLayerHeading::Layout::ProjectCells(AxisIndexer const& axis,
-                                                                       std::vector<int> const& start,
-                                                                       AxisIndexer const* layer) const {
-    std::vector<std::uint64_t> positions;
-    OmPivotTable const& readTable = *table;
-    for (auto cell = readTable.FirstCell(); cell.Cell() != nullptr; ++cell) {
-        std::vector<int> const index = cell.Index();
-        std::uint64_t position = 0;
-        if ((layer == nullptr || layer->SameSubscripts(index, start)) && axis.PositionOf(index, records, position)) {
-            positions.push_back(position);
-        }
+// A prefix of the store that reaches down to the axis's lowest dimension tells the position; what lies below it counts
+// only as present or not.
+OmDisplayLayerHeading::Layout::Positions OmDisplayLayerHeading::Layout::ProjectCells(AxisIndexer const& axis,
+                                                                                     std::vector<int> const& start,
+                                                                                     AxisIndexer const* layer) const {
+    std::vector<int> wanted(records.size(), -1);
+    if (layer != nullptr && !layer->Restrict(start, wanted)) {
+        return {};
     }
-    std::sort(positions.begin(), positions.end());
-    positions.erase(std::unique(positions.begin(), positions.end()), positions.end());
-    return positions;
+    PositionSet found(axis.CountOrMost());
+    OmPivotTable const& readTable = *table;
+    readTable.VisitPrefixes(axis.Lowest(records.size()), wanted, [&](int const* cell) {
+        std::uint64_t position = 0;
+        if (axis.PositionOf(cell, position)) {
+            found.Add(position);
+        }
+        return true;
+    });
+    return found.Take();
 }
 
 // --- current layer --------------------------------------------------------------------------------------------------
@@ -147,10 +157,7 @@ std::vector<std::uint64_t> OmDisplayLayerHeading::Layout::ProjectCells(AxisIndex
 void OmDisplayLayerHeading::Layout::Apply(AxisIndexer const& axis, std::uint64_t position,
                                           std::vector<int>& index) const {
     index.resize(records.size(), 0);
-    Digits digits;
-    if (axis.DigitsOf(position, digits)) {
-        axis.Apply(digits, records, index);
-    }
+    axis.Apply(position, index);
 }
 
 bool OmDisplayLayerHeading::Layout::CurrentLayer(std::uint64_t& number) const {
@@ -184,13 +191,13 @@ bool OmDisplayLayerHeading::Layout::SwitchLayer(int n) {
     return true;
 }
 
-DisplayRecord::Path* OmDisplayLayerHeading::Layout::CurrentPath(int i) const {
+DisplayRecord::Path OmDisplayLayerHeading::Layout::CurrentPath(int i) const {
     std::uint64_t number = 0;
-    Digits digits;
-    if (i < 0 || static_cast<std::size_t>(i) >= layerIndexer.NDimensions() || !CurrentLayer(number) ||
-        !layerIndexer.DigitsOf(number, digits)) {
-        return nullptr;
+    Digits digits(layerIndexer.NDimensions());
+    if (i < 0 || !CurrentLayer(number) || !layerIndexer.DigitsOf(number, digits)) {
+        return {};
     }
-    DisplayRecord* const record = layerIndexer.RecordAt(static_cast<std::size_t>(i), records);
-    return record != nullptr ? record->PathAt(digits[static_cast<std::size_t>(i)]) : nullptr;
+    std::size_t const entry = static_cast<std::size_t>(i);
+    DisplayRecord* const record = layerIndexer.RecordAt(entry);
+    return record != nullptr ? record->PathAt(digits[entry]) : DisplayRecord::Path();
 }

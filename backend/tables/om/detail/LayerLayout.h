@@ -6,6 +6,7 @@
 #include "backend/tables/om/OmPivotTable.h"
 #include "backend/tables/om/detail/AxisIndexer.h"
 #include "backend/tables/om/detail/DisplayRecord.h"
+#include "backend/tables/om/detail/PositionSet.h"
 #include "omcell/OmMemoryRegion.h"
 
 #include <cstdint>
@@ -25,11 +26,13 @@ public:
     Layout(OmPivotTable& itsTable, bool itSkipsEmpty);
     ~Layout();
 
+    using Positions = om_detail::PositionSet::Positions;
+
     /// The positions along `axis` that hold a cell, ascending. `other` is the axis that they are probed against,
     /// `start` the subscripts of the dimensions on neither. With `layer`, cells whose subscripts on that axis differ
-    /// from those of `start` do not count.
-    std::vector<std::uint64_t> NonEmpty(om_detail::AxisIndexer const& axis, om_detail::AxisIndexer const& other,
-                                        std::vector<int> const& start, om_detail::AxisIndexer const* layer) const;
+    /// from those of `start` do not count. REQUIRES: `axis` is bound to the records.
+    Positions NonEmpty(om_detail::AxisIndexer const& axis, om_detail::AxisIndexer const& other,
+                       std::vector<int> const& start, om_detail::AxisIndexer const* layer) const;
 
     /// Resizes a cell index to the number of dimensions and writes the categories of a position into it.
     void Apply(om_detail::AxisIndexer const& axis, std::uint64_t position, std::vector<int>& index) const;
@@ -41,15 +44,15 @@ public:
     bool SwitchLayer(int n);
 
     /// Label path of layer dimension i in the current layer, or null.
-    om_detail::DisplayRecord::Path* CurrentPath(int i) const;
+    om_detail::DisplayRecord::Path CurrentPath(int i) const;
 
     OmPivotTable* table;
     bool skipEmpty;
     std::vector<int> currentCellIndex;
     om_detail::DisplayRecords records; ///< one for each dimension, in this region
     om_detail::AxisIndexer layerIndexer;
-    std::vector<std::uint64_t> nonEmptyLayers; ///< filled when empty layers are skipped
-    bool sparse = false;                       ///< less than one possible cell in a hundred is present
+    Positions nonEmptyLayers; ///< filled when empty layers are skipped
+    bool sparse = false;      ///< less than one possible cell in a hundred is present
     std::uint64_t layerCount = 0;
     int currentLayer = -1;
 
@@ -57,11 +60,11 @@ private:
     void MakeRecords();
     void DestroyRecords();
     bool IsSparse() const;
-    bool AnyCell(om_detail::AxisIndexer const& other, std::vector<int>& index) const;
-    std::vector<std::uint64_t> ProbePositions(om_detail::AxisIndexer const& axis, om_detail::AxisIndexer const& other,
-                                              std::vector<int> const& start) const;
-    std::vector<std::uint64_t> ProjectCells(om_detail::AxisIndexer const& axis, std::vector<int> const& start,
-                                            om_detail::AxisIndexer const* layer) const;
+    bool AnyCell(om_detail::AxisIndexer const& other, std::vector<int>& index, std::vector<int>& wanted) const;
+    Positions ProbePositions(om_detail::AxisIndexer const& axis, om_detail::AxisIndexer const& other,
+                             std::vector<int> const& start) const;
+    Positions ProjectCells(om_detail::AxisIndexer const& axis, std::vector<int> const& start,
+                           om_detail::AxisIndexer const* layer) const;
 };
 
 #endif

@@ -11,6 +11,7 @@
 #include <cstdlib>
 #include <new>
 #include <string>
+#include <vector>
 
 using omtest::Labels;
 using omtest::TableSketch;
@@ -84,6 +85,44 @@ TEST(OmDisplayLayerMemory, GrowsWithTheLeavesAndNotWithTheirSubscripts) {
     EXPECT_LT(BytesOfSpreadLeaves(2000, 1000), 2 * together);
     EXPECT_LT(BytesOfSpreadLeaves(2000, 1000000), 2 * together);
     EXPECT_LT(BytesOfSpreadLeaves(4000, 1), 3 * together);
+}
+
+// A whole path for each leaf would take two million nodes.
+TEST(OmDisplayLayerMemory, CombOfGroupsTakesNoMoreThanItsNodes) {
+    constexpr int Teeth = 2000;
+    TableSketch flat;
+    flat.FlatDimension("L", 2 * Teeth);
+    TableSketch sketch;
+    OmDimension& comb = sketch.Dimension("L");
+    TableSketch::Node node = comb.Root();
+    for (int k = 0; k < Teeth; ++k) {
+        comb.AddNewChild(node, OmStringCell("c"), static_cast<unsigned long long>(k), false);
+        node = comb.AddNewChild(node, OmStringCell("g"), OmDimensionNode::NoSubscript, true);
+    }
+    EXPECT_LT(BytesOf(sketch.table), 2 * BytesOf(flat.table));
+}
+
+// Filling is what a renderer does for every cell of the body.
+TEST(OmDisplayLayerMemory, FillingTakesNoMemory) {
+    TableSketch sketch;
+    for (int d = 0; d < 6; ++d) {
+        sketch.FlatDimension("D", 3);
+    }
+    sketch.Columns({0}).Rows({1, 2, 3}).Layers({4, 5}).Put({2, 0, 1, 2, 0, 0});
+    for (bool const skip : {false, true}) {
+        OmDisplayLayerHeading layers(sketch.table, skip);
+        layers.NextLayer();
+        OmDisplayColumnHeading const columns(layers, skip);
+        OmDisplayRowHeading const rows(layers, skip, false);
+        std::vector<int> index(6, 0);
+        books.requested = 0;
+        layers.Fill(index);
+        for (int position = -1; position < 40; ++position) {
+            columns.Fill(index, position);
+            rows.Fill(index, position);
+        }
+        EXPECT_EQ(books.requested, 0U);
+    }
 }
 
 TEST(OmDisplayLayerMemory, NothingIsLeftOfTheHeadings) {
