@@ -16,7 +16,7 @@ class OurArena {
 public:
     void* Allocate(std::size_t bytes) { return _region.Allocate(bytes); }
     void Release(void* place, std::size_t) { OmMemoryRegion::Release(place); }
-    void End(std::vector<LiveBlock> const&) { _region.WorkingRelease(false); }
+    void End(Blocks const&) { _region.WorkingRelease(false); }
 
 private:
     OmMemoryRegion _region{false};
@@ -26,7 +26,7 @@ class PoolArena {
 public:
     void* Allocate(std::size_t bytes) { return _pool.allocate(bytes); }
     void Release(void* place, std::size_t bytes) { _pool.deallocate(place, bytes); }
-    void End(std::vector<LiveBlock> const&) { _pool.release(); }
+    void End(Blocks const&) { _pool.release(); }
 
 private:
     std::pmr::unsynchronized_pool_resource _pool;
@@ -39,9 +39,9 @@ public:
         return place != nullptr ? place : throw std::bad_alloc();
     }
     void Release(void* place, std::size_t) { std::free(place); }
-    void End(std::vector<LiveBlock> const& live) {
-        for (LiveBlock const& block : live) {
-            std::free(block.place);
+    void End(Blocks const& blocks) {
+        for (std::uint64_t* const block : blocks) {
+            std::free(block);
         }
     }
 };

@@ -18,7 +18,7 @@ public:
         return place != nullptr ? place : throw std::bad_alloc();
     }
     void Release(void* place, std::size_t) { mi_free(place); }
-    void End(std::vector<LiveBlock> const&) { mi_heap_destroy(_heap); }
+    void End(Blocks const&) { mi_heap_destroy(_heap); }
 
 private:
     mi_heap_t* _heap = mi_heap_new();
