@@ -1,17 +1,19 @@
 # Each target sets up what it needs; `make test` and `make demo` run on a machine that has nothing but make.
 JOBS ?= $(shell nproc)
 
+# What the benchmarks are written with, and the rivals.
 BENCHMARK_PACKAGES = libbenchmark-dev libabsl-dev libboost1.81-dev libmimalloc-dev
 
-.PHONY: demo test asan clang tidy format-check bench bench-programs clean setup
+.PHONY: demo test asan clang tidy format-check bench bench-growth bench-programs instructions clean setup
 
 demo: setup
 	cmake --preset release
 	cmake --build --preset release -j $(JOBS) --target omtree-crosstab omtree-report
 	tools/demo.sh build/release/examples/omtree-crosstab build/release/examples/omtree-report build/demo
 
-test: setup
-	cmake --preset release
+test:
+	tools/setup.sh $(BENCHMARK_PACKAGES)
+	cmake --preset release -DOMTREE_BUILD_BENCHMARKS=ON
 	cmake --build --preset release -j $(JOBS)
 	ctest --preset release -j $(JOBS)
 
@@ -21,8 +23,8 @@ asan: setup
 	ctest --preset asan-ubsan -j $(JOBS)
 
 clang:
-	tools/setup.sh clang
-	cmake --preset clang
+	tools/setup.sh clang $(BENCHMARK_PACKAGES)
+	cmake --preset clang -DOMTREE_BUILD_BENCHMARKS=ON
 	cmake --build --preset clang -j $(JOBS)
 
 tidy:
@@ -37,14 +39,26 @@ format-check:
 # Some rows only: make bench ROWS='hit-* walk-dense'. Fewer repetitions: make bench REPETITIONS=1
 ROWS ?=
 REPETITIONS ?= 5
+GROWTH_REPETITIONS ?= 3
 
 bench: bench-programs
 	benchmarks/run.py build/bench/benchmarks --out build/bench --repetitions $(REPETITIONS) --rows $(foreach row,$(ROWS),'$(row)')
 
+# Curves over the number of cells, as build/bench/growth.svg.
+bench-growth: bench-programs
+	benchmarks/growth.py build/bench/benchmarks --out build/bench --repetitions $(GROWTH_REPETITIONS)
+
 bench-programs:
 	tools/setup.sh $(BENCHMARK_PACKAGES)
 	cmake --preset bench
-	cmake --build --preset bench -j $(JOBS)
+	cmake --build --preset bench -j $(JOBS) --target omtree-bench omtree-bench-mimalloc
+
+# Instruction counts against the committed ones; `make instructions UPDATE=1` commits to new ones.
+instructions:
+	tools/setup.sh valgrind $(BENCHMARK_PACKAGES)
+	cmake --preset bench
+	cmake --build --preset bench -j $(JOBS) --target omtree-instructions
+	tools/instructions.py build/bench/benchmarks/omtree-instructions $(if $(UPDATE),--update)
 
 setup:
 	tools/setup.sh
