@@ -68,6 +68,7 @@ FLOORS = {
     "backend/tables/om/OmSort": 4,
     "backend/tables/om/detail/CellCursor": 4,
     "backend/tables/om/detail/CellProjection": 4,
+    "backend/tables/om/detail/CellStore": 4,
     "backend/tables/om/detail/ICUHelper": 4,
     "backend/tables/om/detail/PivotTableData": 4,
     "backend/tables/om/detail/PointerVector": 4,

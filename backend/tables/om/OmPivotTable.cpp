@@ -143,14 +143,12 @@ void OmPivotTable::Scratch(bool scratched) { _my->scratched = scratched; }
 bool OmPivotTable::IsScratched() const { return _my->scratched; }
 
 OmPivotTable::Iterator OmPivotTable::FirstCell() {
-    auto data = std::make_unique<Iterator::Data>();
-    for (OmDimension const* const dimension : _my->_dimensions) {
-        data->levels.push_back({0, static_cast<std::size_t>(std::max(0, dimension->NumCategories())), nullptr});
+    auto data = std::make_unique<Iterator::Data>(_my->cells);
+    data->levels.resize(NDimensions());
+    for (std::size_t k = 0; k < NDimensions(); ++k) {
+        data->levels[k].size = static_cast<std::size_t>(std::max(0, _my->_dimensions[k]->NumCategories()));
     }
-    if (_my->cellRoot != nullptr) {
-        data->levels.back().node = _my->cellRoot;
-        data->Seek(data->levels.size() - 1, 0);
-    }
+    data->Start();
     return Iterator(data.release());
 }
 
@@ -297,25 +295,58 @@ void OmPivotTable::Print() const {
     std::cout << "Done with table " << _my->tableTitle->AsString() << std::endl;
 }
 
-void OmPivotTable::PrintCells() const { PrintCells(_my->cellRoot, 0, 0); }
+void OmPivotTable::PrintCells() const { PrintCells(_my->cells.Root(), 0, 0); }
+
+namespace {
+
+void PrintEntry(void const* entry, std::size_t level, std::size_t index) {
+    for (std::size_t i = 0; i < level; ++i) {
+        std::cout << "    [" << std::to_string(index) << "] ";
+    }
+    std::cout << entry;
+}
+
+} // namespace
 
 // Below the last level `node` is a cell: the entries of the store have no type of their own.
 void OmPivotTable::PrintCells(PointerVector* node, std::size_t level, std::size_t index) const {
     void const* const entry = node;
-    for (std::size_t i = 0; i < level; ++i) {
-        std::cout << "    [" << std::to_string(index) << "] ";
-    }
+    PrintEntry(entry, level, index);
     if (level >= NDimensions()) {
         OmCellText const* const cell = static_cast<OmCellText const*>(entry);
-        std::cout << entry;
         if (cell != nullptr) {
             std::cout << " - " << cell->AsString();
         }
         std::cout << '\n';
         return;
     }
-    std::cout << entry << '\n';
-    for (std::size_t i = 0; node != nullptr && i < node->Length(); ++i) {
+    std::cout << '\n';
+    if (node != nullptr && node->IsScattered()) {
+        PrintScatteredCells(*node, level + 1);
+        return;
+    }
+    for (std::uint32_t i = 0; node != nullptr && i < node->Length(); ++i) {
         PrintCells(static_cast<PointerVector*>(node->Entry(i)), level + 1, i);
+    }
+}
+
+// The leaves that a scattered node stands for have no address. Each shows that of its first cell's place.
+void OmPivotTable::PrintScatteredCells(PointerVector const& node, std::size_t level) const {
+    std::vector<std::uint64_t> order;
+    std::vector<std::uint64_t> scratch;
+    node.Sort(order, scratch);
+    auto next = order.begin();
+    for (std::uint32_t position = 0; position < node.Length(); ++position) {
+        auto const isHere = [&] {
+            return next != order.end() && PointerVector::PositionOf(node.EntryIn(*next).key) == position;
+        };
+        PrintEntry(isHere() ? &node.EntryIn(*next) : nullptr, level, position);
+        std::cout << '\n';
+        for (std::uint32_t below = 0; isHere(); ++below) {
+            PointerVector::KeyedEntry const& found = node.EntryIn(*next);
+            bool const isFound = PointerVector::BelowOf(found.key) == below;
+            PrintCells(static_cast<PointerVector*>(isFound ? found.entry : nullptr), level + 1, below);
+            next += isFound ? 1 : 0;
+        }
     }
 }

@@ -51,6 +51,7 @@ class PrefixVisitor;
 /// Copying a table is shallow like that of every part: only one of the two may be destroyed.
 class OMTREE_API OmPivotTable : public OmOutputPart {
 public:
+    class CellStore;
     class ConstIterator;
     class Data;
     class ICUHelper;
@@ -144,8 +145,9 @@ public:
     void Scratch(bool scratched);
     bool IsScratched() const;
 
-    /// Iterators over the stored cells, dimension 0 fastest, empty positions skipped. They know nothing of changes to
-    /// the table after they were made. A step costs the empty entries it passes.
+    /// Iterators over the stored cells, dimension 0 fastest, empty positions skipped. A step costs the empty entries it
+    /// passes. Iterators know nothing of changes to the table after they were made: `Cell()` is not to be read once
+    /// that cell was replaced or deleted. A step after a change leads to a cell that is there, behind the last one.
     Iterator FirstCell();
     ConstIterator FirstCell() const;
 
@@ -331,6 +333,7 @@ private:
     void VisitPrefixes(std::size_t lowest, std::vector<int> const& wanted, om_detail::PrefixVisitor visit) const;
 
     void PrintCells(PointerVector* node, std::size_t level, std::size_t index) const;
+    void PrintScatteredCells(PointerVector const& node, std::size_t level) const;
 
     Data* _my;
 };

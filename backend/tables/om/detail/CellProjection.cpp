@@ -1,51 +1,148 @@
 #include "backend/tables/om/detail/CellProjection.h"
 
 #include "backend/tables/om/detail/PivotTableData.h"
-#include "backend/tables/om/detail/PointerVector.h"
 
 #include <cstddef>
+#include <cstdint>
 #include <vector>
 
-std::size_t OmPivotTable::PresentCells() const { return _my->presentCells; }
+namespace {
+
+using Node = OmPivotTable::PointerVector;
+
+/// The entries of one node that are not null, in the order in which they lie there.
+struct Level {
+    Node const* node;
+    std::uint32_t next; ///< where the search for the next entry begins
+
+    /// The next entry, or null; with `wanted` not negative, only the one at that subscript.
+    void const* Advance(int wanted, int& position);
+};
+
+void const* Level::Advance(int wanted, int& position) {
+    if (wanted >= 0) {
+        position = wanted;
+        return next++ == 0 ? node->Entry(static_cast<std::uint32_t>(wanted)) : nullptr;
+    }
+    if (void* const* const entries = node->DenseEntries()) {
+        while (next < node->Length()) {
+            position = static_cast<int>(next);
+            if (void const* const entry = entries[next++]) {
+                return entry;
+            }
+        }
+        return nullptr;
+    }
+    while (next < node->Places()) {
+        Node::KeyedEntry const& found = node->KeyedEntries()[next++];
+        if (found.key != Node::NoKey && found.entry != nullptr) {
+            position = static_cast<int>(found.key);
+            return found.entry;
+        }
+    }
+    return nullptr;
+}
+
+/// The cells of a scattered node.
+class ScatteredCells {
+public:
+    ScatteredCells(Node const& node, int const* wanted, int* index) : _node(node), _wanted(wanted), _index(index) {}
+
+    bool Any() {
+        return !VisitAll([](int const*) { return false; }, 0);
+    }
+
+    /// False when a visit said so. With `lowest` 1 the pairs that differ in the lower subscript alone count once.
+    template <typename Visit>
+    bool VisitAll(Visit&& visit, std::size_t lowest) {
+        if (lowest == 0 && _wanted[1] >= 0 && _wanted[0] >= 0) {
+            _index[1] = _wanted[1];
+            _index[0] = _wanted[0];
+            bool const isThere =
+                _node.Cell(static_cast<std::uint32_t>(_wanted[1]), static_cast<std::uint32_t>(_wanted[0])) != nullptr;
+            return !isThere || visit(_index);
+        }
+        return lowest == 0 ? VisitPairs(visit) : VisitOrdered(visit);
+    }
+
+private:
+    bool Takes(Node::KeyedEntry const& found) {
+        if (found.key == Node::NoKey || found.entry == nullptr) {
+            return false;
+        }
+        _index[1] = static_cast<int>(Node::PositionOf(found.key));
+        _index[0] = static_cast<int>(Node::BelowOf(found.key));
+        return (_wanted[1] < 0 || _wanted[1] == _index[1]) && (_wanted[0] < 0 || _wanted[0] == _index[0]);
+    }
+
+    template <typename Visit>
+    bool VisitPairs(Visit&& visit) {
+        for (std::uint32_t place = 0; place < _node.Places(); ++place) {
+            if (Takes(_node.KeyedEntries()[place]) && !visit(_index)) {
+                return false;
+            }
+        }
+        return true;
+    }
+
+    template <typename Visit>
+    bool VisitOrdered(Visit&& visit) {
+        std::vector<std::uint64_t> order;
+        std::vector<std::uint64_t> scratch;
+        _node.Sort(order, scratch);
+        int last = -1;
+        for (std::uint64_t const ordered : order) {
+            if (Takes(_node.EntryIn(ordered)) && _index[1] != last) {
+                last = _index[1];
+                if (!visit(_index)) {
+                    return false;
+                }
+            }
+        }
+        return true;
+    }
+
+    Node const& _node;
+    int const* _wanted;
+    int* _index;
+};
+
+} // namespace
+
+std::size_t OmPivotTable::PresentCells() const { return _my->cells.Present(); }
 
 // One loop with a place for each level: tables may have more dimensions than a native stack has frames to spare.
 void OmPivotTable::VisitPrefixes(std::size_t lowest, std::vector<int> const& wanted,
                                  om_detail::PrefixVisitor visit) const {
-    struct Level {
-        PointerVector const* node;
-        std::size_t next; ///< where the search for the next entry begins
-    };
-    if (_my->cellRoot == nullptr) {
+    if (_my->cells.Root() == nullptr) {
         return;
     }
     std::size_t const n = NDimensions();
     std::vector<Level> levels(n);
     std::vector<int> index(n, 0);
     std::size_t k = n - 1;
-    levels[k] = {_my->cellRoot, 0};
+    levels[k] = {_my->cells.Root(), 0};
     while (k < n) {
-        Level& here = levels[k];
-        std::size_t const length = here.node->Length();
-        std::size_t position = length;
-        if (wanted[k] < 0) {
-            position = here.node->NextNonNull(here.next);
-        } else if (here.next == 0 && here.node->EntryOrNull(static_cast<std::size_t>(wanted[k])) != nullptr) {
-            position = static_cast<std::size_t>(wanted[k]);
+        if (levels[k].node->IsScattered()) {
+            ScatteredCells cells(*levels[k].node, wanted.data(), index.data());
+            bool const found = lowest > k && cells.Any();
+            if ((found && !visit(index.data())) || (lowest <= k && !cells.VisitAll(visit, lowest))) {
+                return;
+            }
+            k = found ? lowest : k + 1;
+            continue;
         }
-        if (position >= length) {
+        void const* const entry = levels[k].Advance(wanted[k], index[k]);
+        if (entry == nullptr) {
             ++k;
-            continue;
-        }
-        here.next = position + 1;
-        index[k] = static_cast<int>(position);
-        if (k > 0) {
+        } else if (k > 0) {
             --k;
-            levels[k] = {static_cast<PointerVector const*>(here.node->Entry(position)), 0};
-            continue;
+            levels[k] = {static_cast<Node const*>(entry), 0};
+        } else {
+            if (!visit(index.data())) {
+                return;
+            }
+            k = lowest;
         }
-        if (!visit(index.data())) {
-            return;
-        }
-        k = lowest;
     }
 }

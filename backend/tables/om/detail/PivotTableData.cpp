@@ -11,8 +11,6 @@ namespace {
 
 [[maybe_unused]] constexpr char Source[] = "backend/tables/om/OmPivotTable";
 
-std::size_t Unsigned(int subscript) { return static_cast<std::size_t>(subscript); }
-
 void RemoveGaps(PuppetVector<short>& axis) {
     axis.erase(std::remove(axis.begin(), axis.end(), static_cast<short>(-1)), axis.end());
 }
@@ -21,7 +19,7 @@ void RemoveGaps(PuppetVector<short>& axis) {
 
 OmPivotTable::Data::Data(OmCellText const& itsTemplateName, bool itHasSplits)
     : OmMemoryRegion(false), templateName(itsTemplateName.Clone(this)), footnotes(this), hasSplits(itHasSplits),
-      rows(-1), columns(-1), layers(-1) {
+      cells(*this), rows(-1), columns(-1), layers(-1) {
     std::string const name = templateName->AsString();
     isWarnings = name == "Warnings";
     isNotes = name == "Notes";
@@ -68,7 +66,7 @@ void OmPivotTable::Data::Adopt(OmDimension* dimension) {
         if (_dimensions.size() == _dimensions.capacity()) {
             _dimensions.reserve(std::max<std::size_t>(4, 2 * _dimensions.size()));
         }
-        WidenStore();
+        cells.AddLevel();
     } catch (...) {
         DestroyDimension(dimension);
         throw;
@@ -85,16 +83,6 @@ OmDimension& OmPivotTable::Data::Append(OmDimension* dimension) {
 
 // --- cell store ------------------------------------------------------------------------------------------------------
 
-void OmPivotTable::Data::WidenStore() {
-    if (cellRoot == nullptr) {
-        return;
-    }
-    PointerVector* const root = PointerVector::Make(this);
-    root->Grow(0);
-    root->Entry(0, cellRoot);
-    cellRoot = root;
-}
-
 void OmPivotTable::Data::CheckIndex(std::vector<int> const& index) const {
     if (index.size() != _dimensions.size()) {
         throw OMSException("OmPivotTable::Cell() -- nind != _my->_dimensions.size()", static_cast<double>(index.size()),
@@ -107,63 +95,42 @@ void OmPivotTable::Data::CheckIndex(std::vector<int> const& index) const {
     }
 }
 
-OmCellText* OmPivotTable::Data::Find(std::vector<int> const& index) const {
-    CheckIndex(index);
-    if (index.empty()) {
-        return nullptr;
-    }
-    PointerVector const* node = cellRoot;
-    for (std::size_t k = index.size() - 1; k > 0 && node != nullptr; --k) {
-        node = static_cast<PointerVector const*>(node->EntryOrNull(Unsigned(index[k])));
-    }
-    return node != nullptr ? static_cast<OmCellText*>(node->EntryOrNull(Unsigned(index[0]))) : nullptr;
-}
-
-OmPivotTable::PointerVector* OmPivotTable::Data::GrowPath(std::vector<int> const& index) {
-    if (cellRoot == nullptr) {
-        cellRoot = PointerVector::Make(this);
-    }
-    PointerVector* node = cellRoot;
-    for (std::size_t k = index.size() - 1; k > 0; --k) {
-        std::size_t const i = Unsigned(index[k]);
-        node->Grow(i);
-        if (node->Entry(i) == nullptr) {
-            node->Entry(i, PointerVector::Make(this));
-        }
-        node = static_cast<PointerVector*>(node->Entry(i));
-    }
-    node->Grow(Unsigned(index[0]));
-    return node;
-}
-
 void OmPivotTable::Data::Store(std::vector<int> const& index, OmCellText const* cell) {
     if (_dimensions.empty()) {
         throw OMSException("OmPivotTable::Cell() -- nind != _my->_dimensions.size()", static_cast<double>(index.size()),
                            0.0);
     }
     CheckIndex(index);
-    PointerVector* const leaf = GrowPath(index);
-    std::size_t const i = Unsigned(index[0]);
-    OmCellText* const old = static_cast<OmCellText*>(leaf->Entry(i));
+    CellStore::Place place = cells.Grow(index.data());
+    std::uint64_t changes = cells.Changes();
+    // A foreign text may use the table while it goes or is cloned, which moves places.
+    auto const placeNow = [&] {
+        if (changes != cells.Changes()) {
+            place = cells.Grow(index.data());
+            changes = cells.Changes();
+        }
+        return place;
+    };
+    OmCellText* const old = place.Cell();
 
     std::unique_ptr<OmCellMetaData> saved;
     if (old != nullptr && old->hasMeta()) {
         saved = std::make_unique<OmCellMetaData>(*old->getMeta());
     }
-    // The slot is empty while the old text goes and the new one comes, so that a failing clone leaves no dead pointer.
+    // The place is empty while the old text goes and the new one comes, so that a failing clone leaves no dead pointer.
     // A cell that is stored into its own place is the one case that is cloned before.
     OmCellText* clone = cell != nullptr && cell == old ? cell->Clone(this) : nullptr;
-    leaf->Entry(i, nullptr);
-    presentCells -= old != nullptr ? 1 : 0;
-    delete old;
+    if (old != nullptr) {
+        cells.Put(placeNow(), nullptr);
+        delete old;
+    }
     if (cell == nullptr) {
         return;
     }
     if (clone == nullptr) {
         clone = cell->Clone(this);
     }
-    leaf->Entry(i, clone);
-    ++presentCells;
+    cells.Put(placeNow(), clone);
     clone->Accept(helper);
     if (saved != nullptr) {
         clone->setMeta(saved.get());
@@ -171,34 +138,18 @@ void OmPivotTable::Data::Store(std::vector<int> const& index, OmCellText const* 
 }
 
 void OmPivotTable::Data::Remove(std::vector<int> const& index) {
-    if (cellRoot == nullptr ||
+    if (cells.Root() == nullptr ||
         !OM_HARDENED(index.size() == _dimensions.size(), "nind == _my->_dimensions.size()", Source, __LINE__)) {
         return;
     }
-    std::vector<PointerVector*> path{cellRoot}; // nodes from the root to the leaf
-    for (std::size_t k = index.size(); k > 0; --k) {
-        PointerVector* const node = path.back();
-        if (!OM_HARDENED(index[k - 1] >= 0 && Unsigned(index[k - 1]) < node->Length(), "subscript < node length",
-                         Source, __LINE__)) {
-            return;
-        }
-        if (k > 1) {
-            path.push_back(static_cast<PointerVector*>(node->Entry(Unsigned(index[k - 1]))));
-            if (path.back() == nullptr) {
-                return;
-            }
-        }
+    OmCellText* cell = nullptr;
+    CellStore::Removal const removal = cells.Remove(index.data(), cell);
+    if (!OM_HARDENED(removal != CellStore::Removal::OutsideOfNode, "subscript < node length", Source, __LINE__) ||
+        removal != CellStore::Removal::Done) {
+        return;
     }
-    std::size_t const i = Unsigned(index[0]);
-    OmCellText* const cell = static_cast<OmCellText*>(path.back()->Entry(i));
-    path.back()->Entry(i, nullptr);
-    presentCells -= cell != nullptr ? 1 : 0;
     delete cell;
-    for (std::size_t k = 1; path.size() > 1 && path.back()->AllNull(); ++k) {
-        PointerVector::Destroy(path.back());
-        path.pop_back();
-        path.back()->Entry(Unsigned(index[k]), nullptr);
-    }
+    cells.DestroyEmptyNodes(index.data());
 }
 
 // --- axes ------------------------------------------------------------------------------------------------------------

@@ -4,8 +4,8 @@
 #include "backend/tables/PuppetVector.h"
 #include "backend/tables/om/OmDimension.h"
 #include "backend/tables/om/OmPivotTable.h"
+#include "backend/tables/om/detail/CellStore.h"
 #include "backend/tables/om/detail/ICUHelper.h"
-#include "backend/tables/om/detail/PointerVector.h"
 #include "omcell/OmMemoryRegion.h"
 #include "platform/BackendSettings.h"
 #include "platform/icuTracker.h"
@@ -43,19 +43,20 @@ public:
     }
     static void DestroyDimension(OmDimension* dimension);
 
-    /// Widens the store and makes the dimension the table's last one. Owns it from here, also when this throws.
+    /// Adds a level to the store and makes the dimension the table's last one. Owns it from here, also when this
+    /// throws.
     void Adopt(OmDimension* dimension);
     /// Adopts it, records its number in it and visits its name.
     OmDimension& Append(OmDimension* dimension);
 
-    /// Puts a new root above the old one, for a dimension about to be added.
-    void WidenStore();
-
     void CheckIndex(std::vector<int> const& index) const;
-    OmCellText* Find(std::vector<int> const& index) const;
-
-    /// The leaf for an index, and on the way every node of its path, made where there was none, grown to hold it.
-    PointerVector* GrowPath(std::vector<int> const& index);
+    OmCellText* Find(std::vector<int> const& index) const {
+        if (index.size() == cells.Levels() && cells.IsInside(index.data()) && !index.empty()) {
+            return cells.Find(index.data());
+        }
+        CheckIndex(index);
+        return nullptr;
+    }
     void Store(std::vector<int> const& index, OmCellText const* cell);
     void Remove(std::vector<int> const& index);
 
@@ -78,8 +79,7 @@ public:
     OmVector<OmFootnote> footnotes;
     bool removedFootnotes = false;
     bool hasSplits;
-    PointerVector* cellRoot = nullptr;
-    std::size_t presentCells = 0; ///< entries of the store that hold a cell
+    CellStore cells;
     std::vector<OmDimension*> _dimensions;
     PuppetVector<short> rows;
     PuppetVector<short> columns;
