@@ -13,8 +13,6 @@ om_detail::HeadingLayout& OmDisplayColumnHeading::Layout() const {
     return static_cast<om_detail::HeadingLayout&>(*_layout);
 }
 
-int OmDisplayColumnHeading::NColumns() const { return Layout().Positions(); }
-
 int OmDisplayColumnHeading::NRows() const { return Layout().Depth(); }
 
 int OmDisplayColumnHeading::VisibleHeight(int i) const { return Layout().HeightAt(i); }

@@ -44,7 +44,7 @@ public:
     OmDisplayColumnHeading& operator=(OmDisplayColumnHeading const&) = delete;
 
     /// Number of shown columns.
-    int NColumns() const;
+    int NColumns() const { return _layout->Positions(); }
     /// Number of heading lines.
     int NRows() const;
     /// The heading lines that heading dimension i takes; 0 past the last.

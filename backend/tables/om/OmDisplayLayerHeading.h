@@ -38,6 +38,9 @@ public:
         }
     }
 
+    /// Number of shown positions.
+    int Positions() const { return _positions; }
+
 protected:
     virtual void FillByDigits(std::vector<int>& index, int position) const = 0;
 
@@ -45,6 +48,7 @@ protected:
     std::size_t _listed = 0;          ///< their number; 0 on an axis with any other number of dimensions
     std::size_t _dimension = 0;       ///< the axis's
     std::size_t _dimensions = 0;      ///< of the table
+    int _positions = 0;
 };
 
 } // namespace om_detail

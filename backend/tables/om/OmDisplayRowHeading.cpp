@@ -15,8 +15,6 @@ om_detail::HeadingLayout& OmDisplayRowHeading::Layout() const {
     return static_cast<om_detail::HeadingLayout&>(*_layout);
 }
 
-int OmDisplayRowHeading::NRows() const { return Layout().Positions(); }
-
 int OmDisplayRowHeading::NColumns() const { return Layout().Depth(); }
 
 int OmDisplayRowHeading::VisibleWidth(int i) const { return Layout().HeightAt(i); }

@@ -43,7 +43,7 @@ public:
     OmDisplayRowHeading& operator=(OmDisplayRowHeading const&) = delete;
 
     /// Number of shown rows.
-    int NRows() const;
+    int NRows() const { return _layout->Positions(); }
     /// Number of heading columns.
     int NColumns() const;
     /// The heading columns that heading dimension i takes; 0 past the last.

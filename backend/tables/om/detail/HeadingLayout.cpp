@@ -20,6 +20,8 @@ HeadingLayout::HeadingLayout(OmDisplayLayerHeading& layerHeading, PuppetVector<s
         _nonEmpty = _layers->NonEmpty(_indexer, across, _layers->currentCellIndex, &_layers->layerIndexer);
         _count = _nonEmpty.size();
     }
+    constexpr std::uint64_t Most = std::numeric_limits<int>::max();
+    _positions = static_cast<int>(std::min(_count, Most));
     ListCategories();
     MeasureHeights();
     if (_namesInCorner) {
@@ -72,11 +74,6 @@ int HeadingLayout::HeightAt(int i) const {
 }
 
 // --- positions ------------------------------------------------------------------------------------------------------
-
-int HeadingLayout::Positions() const {
-    constexpr std::uint64_t Most = std::numeric_limits<int>::max();
-    return static_cast<int>(std::min(_count, Most));
-}
 
 std::optional<std::uint64_t> HeadingLayout::LinearOf(int position) const {
     if (!_skipEmpty) {

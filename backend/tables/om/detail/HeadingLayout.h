@@ -44,7 +44,6 @@ public:
     void DimCatNodes(int position, std::vector<ConstNode*>& dimensions, std::vector<ConstNode*>& categories) const;
     void DimAllNodes(int position, std::vector<ConstNode*>& nodes) const;
 
-    int Positions() const;
     int Depth() const { return _depth; }
     int HeightAt(int i) const;
     int NDimensions() const { return static_cast<int>(_indexer.NDimensions()); }
