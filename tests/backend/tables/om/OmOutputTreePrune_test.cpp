@@ -8,6 +8,7 @@
 #include <gtest/gtest.h>
 
 #include <cstddef>
+#include <cstdint>
 #include <iterator>
 #include <list>
 #include <string>
@@ -185,6 +186,60 @@ TEST(OmOutputTreePruneOrder, LaterSiblingsOfAStaleHandleGoAsItsChildren) {
     pair.tree.Prune(stale);
     EXPECT_EQ(pair.Levels(), "0 1 1 ");
     EXPECT_EQ(pair.destroyed, (Numbers{3, 4, 2}));
+}
+
+// --- parts that take others with them
+
+namespace {
+
+/// A part that prunes another node when it goes.
+class TakingPart : public NumberedPart {
+public:
+    TakingPart(Numbers& destroyed, int number, Node other) : NumberedPart(destroyed, number), _other(other) {}
+    ~TakingPart() override { static_cast<OmOutputTree&>(*_other.Tree()).Prune(_other); }
+
+private:
+    Node _other;
+};
+
+} // namespace
+
+// A prune that reads records in front of itself would read one that is gone.
+TEST(OmOutputTreePruneOrder, APartMayPruneALaterSiblingsSubtree) {
+    for (int place = 2; place < 20; ++place) {
+        SCOPED_TRACE(place);
+        Numbers destroyed;
+        OmOutputTree tree;
+        Node heading = tree.AppendChild(tree.Root(), nullptr);
+        Node const first = tree.AppendChild(heading, nullptr);
+        Numbers expected;
+        for (int k = 1; k < 20; ++k) {
+            Node const child = tree.AppendChild(heading, new NumberedPart(destroyed, k));
+            if (k == place) {
+                first.Value() = new TakingPart(destroyed, 0, child);
+                tree.AppendChild(child, new NumberedPart(destroyed, 100));
+                expected.insert(expected.begin(), {100, k, 0});
+            } else {
+                expected.push_back(k);
+            }
+        }
+        tree.Prune(heading);
+        ASSERT_EQ(destroyed, expected);
+        ASSERT_EQ(tree.Size(), 1);
+    }
+}
+
+TEST(OmOutputTreePruneOrder, RecordsBehindThePrunedBranchAreLeftAlone) {
+    Numbers destroyed;
+    OmOutputTree tree;
+    Node heading = tree.AppendChild(tree.Root(), new NumberedPart(destroyed, 1));
+    tree.AppendChild(heading, new NumberedPart(destroyed, 2));
+    Node const behind = tree.AppendChild(tree.Root(), nullptr);
+    Node const below = tree.AppendChild(behind, reinterpret_cast<OmOutputPart*>(std::uintptr_t{8})); // no part at all
+    tree.Prune(heading);
+    EXPECT_EQ(destroyed, (Numbers{2, 1}));
+    EXPECT_EQ(tree.Size(), 3);
+    below.Value() = nullptr;
 }
 
 // --- a million levels
