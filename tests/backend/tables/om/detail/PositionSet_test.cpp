@@ -64,12 +64,26 @@ TEST(PositionSet, EndlessAxisIsNeverMapped) {
     EXPECT_EQ(Collected(Most, PositionSet::Spread, {Most - 1, 5, Most, 5}), (Positions{5, Most - 1, Most}));
 }
 
+// A long list is sorted digit by digit, up to the last bit of a position.
+TEST(PositionSet, LongListIsSortedByAllItsBits) {
+    omtest::Dice dice(7);
+    Positions added;
+    std::set<unsigned long long> expected;
+    for (unsigned int bits = 0; bits < 64; ++bits) {
+        for (unsigned int k = 0; k < 100; ++k) {
+            added.push_back((1ULL << bits) + dice.Below(std::size_t{1} << (bits / 2)));
+            expected.insert(added.back());
+        }
+    }
+    EXPECT_EQ(Collected(Most, PositionSet::Spread, added), Positions(expected.begin(), expected.end()));
+}
+
 TEST(PositionSet, RandomPositionsAgreeWithAnOrderedSet) {
     omtest::RunScripts(300, [](omtest::Dice& dice) {
         std::uint64_t const count = 1 + dice.Below(dice.Percent(50) ? 300 : 100000);
         std::set<unsigned long long> expected;
         Positions added;
-        for (std::size_t k = dice.Below(2000); k > 0; --k) {
+        for (std::size_t k = dice.Below(dice.Percent(70) ? 2000 : 9000); k > 0; --k) {
             added.push_back(dice.Below(static_cast<std::size_t>(count)));
             expected.insert(added.back());
         }
