@@ -9,6 +9,9 @@ namespace {
 
 constexpr std::uint64_t Most = std::numeric_limits<std::uint64_t>::max();
 
+/// All ones when it does not fit.
+std::uint64_t Product(std::uint64_t a, std::uint64_t b) { return b != 0 && a > Most / b ? Most : a * b; }
+
 } // namespace
 
 AxisIndexer::AxisIndexer(PuppetVector<short> const& axis, std::vector<int> const& sizes) : _axis(axis), _last(Most) {
@@ -37,8 +40,7 @@ void AxisIndexer::Bind(DisplayRecords const& records) {
 std::uint64_t AxisIndexer::CountBehind(std::size_t i) const {
     std::uint64_t count = 1;
     for (; i < _entries.size(); ++i) {
-        std::uint64_t const base = _entries[i].base;
-        count = base != 0 && count > Most / base ? Most : count * base;
+        count = Product(count, _entries[i].base);
     }
     return count;
 }
@@ -96,6 +98,16 @@ bool AxisIndexer::ApplyAll(Digits const& digits, std::vector<int>& index) const 
     return true;
 }
 
+void AxisIndexer::Scatter(Digits const& digits, std::vector<int>& index) const {
+    std::uint32_t const* digit = digits.data();
+    for (Entry const& entry : _entries) {
+        if (entry.dimension < index.size()) {
+            index[entry.dimension] = static_cast<int>(*digit);
+        }
+        ++digit;
+    }
+}
+
 void AxisIndexer::Set(int value, std::vector<int>& index) const {
     for (Entry const& entry : _entries) {
         if (entry.dimension < index.size()) {
@@ -117,6 +129,36 @@ bool AxisIndexer::PositionOf(int const* cell, std::uint64_t& position) const {
         position = position * entry.base + static_cast<std::uint64_t>(shown);
     }
     return true;
+}
+
+bool AxisIndexer::ShownNumberOf(int const* cell, std::uint64_t& number) const {
+    number = 0;
+    for (Entry const& entry : _entries) {
+        if (entry.record == nullptr) {
+            continue;
+        }
+        std::int64_t const shown = entry.record->PositionOf(cell[entry.dimension]);
+        if (shown < 0) {
+            return false;
+        }
+        number = number * entry.record->Shown() + static_cast<std::uint64_t>(shown);
+    }
+    return true;
+}
+
+std::uint64_t AxisIndexer::ShownNumbersOrMost() const {
+    std::uint64_t count = 1;
+    for (Entry const& entry : _entries) {
+        count = entry.record != nullptr ? Product(count, entry.record->Shown()) : count;
+    }
+    return count;
+}
+
+bool AxisIndexer::Meets(AxisIndexer const& other) const {
+    return std::any_of(_entries.begin(), _entries.end(), [&](Entry const& entry) {
+        return entry.dimension != None && std::any_of(other._entries.begin(), other._entries.end(),
+                                                      [&](Entry const& e) { return e.dimension == entry.dimension; });
+    });
 }
 
 bool AxisIndexer::Holds(int const* cell) const {

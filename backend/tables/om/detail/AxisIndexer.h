@@ -78,12 +78,25 @@ public:
     /// subscript.
     bool ApplyAll(Digits const& digits, std::vector<int>& index) const;
 
+    /// Writes the digits themselves into a cell index.
+    void Scatter(Digits const& digits, std::vector<int>& index) const;
+
     /// Writes one value into a cell index, at the axis's dimensions.
     void Set(int value, std::vector<int>& index) const;
 
     /// Position of the shown categories of a cell. False when one of them is not shown or lies past its dimension's
     /// size.
     bool PositionOf(int const* cell, std::uint64_t& position) const;
+
+    /// The same along the shown categories, those past the sizes included: cells have one number when they have the
+    /// same subscripts on this axis. False when one of them is not shown.
+    bool ShownNumberOf(int const* cell, std::uint64_t& number) const;
+
+    /// One more than the largest such number, all ones when it does not fit.
+    std::uint64_t ShownNumbersOrMost() const;
+
+    /// Whether some dimension stands on both axes.
+    bool Meets(AxisIndexer const& other) const;
 
     /// Whether all subscripts of a cell on this axis lie within the sizes.
     bool Holds(int const* cell) const;

@@ -60,7 +60,11 @@ private:
     void MakeRecords();
     void DestroyRecords();
     bool IsSparse() const;
-    bool AnyCell(om_detail::AxisIndexer const& other, std::vector<int>& index, std::vector<int>& wanted) const;
+    /// Whether a cell stands at a position of the other axis. Gives up, with false, when no look-up is left.
+    bool AnyCell(om_detail::AxisIndexer const& other, std::vector<int>& index, std::uint64_t& lookUpsLeft) const;
+    /// `AxisIndexer::ShownNumberOf` of all cells that probing could find from `index`, ascending.
+    Positions ShownNumbers(om_detail::AxisIndexer const& axis, om_detail::AxisIndexer const& other,
+                           std::vector<int> const& index) const;
     Positions ProbePositions(om_detail::AxisIndexer const& axis, om_detail::AxisIndexer const& other,
                              std::vector<int> const& start) const;
     Positions ProjectCells(om_detail::AxisIndexer const& axis, std::vector<int> const& start,
