@@ -273,3 +273,14 @@ TEST(OmDisplayHeadingProjection, RandomSparseTablesAgreeWithAWalkOverTheCells) {
 TEST(OmDisplayHeadingProjection, RandomDenseTablesAgreeWithAWalkOverTheCells) {
     omtest::RunScripts(200, [](Dice& dice) { Script(dice, true).Run(); });
 }
+
+// Subscripts far past the number of leaves are looked up in a list of their own.
+TEST(OmDisplayHeadingProjection, LastOfSeveralFarLeavesWithOneSubscriptHasThePosition) {
+    TableSketch sketch;
+    sketch.Dimension("C", "a=4000 b=100 c=100 d=100 e=90 f=4000 g=50");
+    sketch.FlatDimension("R", 300);
+    sketch.Columns({0}).Rows({1}).Put({100, 5}).Put({4000, 7}).Put({101, 0});
+    OmDisplayLayerHeading layers(sketch.table, true);
+    layers.NextLayer();
+    EXPECT_EQ(OmDisplayColumnHeading(layers, true).getNonEmptyColumns(), (Numbers{3, 5}));
+}
