@@ -117,11 +117,13 @@ private:
     static constexpr std::size_t None = static_cast<std::size_t>(-1);
 
     std::uint64_t CountBehind(std::size_t i) const;
+    void ApplyInOrder(std::uint64_t position, std::vector<int>& index) const;
 
     PuppetVector<short> _axis;
     std::vector<Entry> _entries;
     MultiBase _indexer;
-    std::uint64_t _last; ///< the last position that has digits
+    std::uint64_t _last;   ///< the last position that has digits
+    bool _repeats = false; ///< some dimension stands on the axis twice
 };
 
 } // namespace om_detail

@@ -234,11 +234,10 @@ void HeadingLayout::ListCategories() {
 }
 
 void HeadingLayout::FillByDigits(std::vector<int>& index, int position) const {
+    index.resize(_dimensions, 0);
     std::optional<std::uint64_t> const linear = LinearOf(position);
     if (linear) {
-        _layers->Apply(_indexer, *linear, index);
-    } else {
-        index.resize(_layers->records.size(), 0);
+        _indexer.Apply(*linear, index);
     }
 }
 
