@@ -88,7 +88,7 @@ public:
         /// Destroys the children, first to last, each with its own subtree first; then the value.
         ~TreeNode() {
             DestroyChildren();
-            ChildrenChanged();
+            CountChange();
         }
 
         /// Destroys the subtree below this node, iteratively.
@@ -101,16 +101,30 @@ public:
             }
         }
 
+        /// For whoever put a node in among the children or took one out. A value with an operation
+        /// `ChildrenRearranged()` hears of it. Appending a new child by `AddChild` is no rearrangement.
+        void ChildrenChanged() {
+            CountChange();
+            Tell(value, 0);
+        }
+
 #if OMTREE_CHECK_HANDLES
         std::shared_ptr<Epoch> epoch = std::make_shared<Epoch>();
-        void ChildrenChanged() { ++epoch->changes; }
+        void CountChange() { ++epoch->changes; }
         void StandsBelow(TreeNode const& above) { epoch->above = above.epoch; }
 #else
-        void ChildrenChanged() {}
+        void CountChange() {}
         void StandsBelow(TreeNode const&) {}
 #endif
 
     private:
+        template <typename Value>
+        static auto Tell(Value& value, int) -> decltype(value.ChildrenRearranged()) {
+            value.ChildrenRearranged();
+        }
+        template <typename Value>
+        static void Tell(Value&, long) {}
+
         static T Copied(T const& source, [[maybe_unused]] OmMemoryRegion* region) {
             if constexpr (std::is_constructible_v<T, T const&, OmMemoryRegion*>) {
                 return T(source, region);
@@ -139,7 +153,11 @@ public:
 
     /// Appends a copy of `value` as the last child of `parent` and returns a handle to it. Invalidates the handles to
     /// parent's other children. Amortised O(1), plus the children and grandchildren of `parent` when its storage moves.
-    Node AddChild(Node const& parent, T const& value);
+    Node AddChild(Node const& parent, T const& value) { return EmplaceChild(parent, CopyOf{}, value); }
+
+    /// The same with a value made from `arguments`, which may refer to what is in the tree.
+    template <typename... Arguments>
+    Node EmplaceChild(Node const& parent, Arguments&&... arguments);
 
     /// Moves the subtree in just before the first child of `parent` whose value equals `*reference`; at the end when
     /// `reference` is null or no child equals it. Equal siblings are never told apart. Follow with `Reparent`.
@@ -176,11 +194,12 @@ public:
     static void WalkPreOrder(ConstNode const& start, Enter&& enter);
 
 private:
-    /// Appends a childless node that holds a copy of `source`.
-    static TreeNode& Append(TreeNode& above, T const& source, OmMemoryRegion* region) {
-        TreeNode& child = above.children.emplace_back(region, &above, CopyOf{}, source);
+    /// Appends a childless node whose value is made from `arguments`.
+    template <typename... Arguments>
+    static TreeNode& Append(TreeNode& above, OmMemoryRegion* region, Arguments&&... arguments) {
+        TreeNode& child = above.children.emplace_back(region, &above, std::forward<Arguments>(arguments)...);
         child.StandsBelow(above);
-        above.ChildrenChanged();
+        above.CountChange();
         return child;
     }
 
@@ -382,11 +401,12 @@ void OmVectorTree<T>::TreeNode::DestroyChildren() {
 }
 
 template <typename T>
-typename OmVectorTree<T>::Node OmVectorTree<T>::AddChild(Node const& parent, T const& value) {
+template <typename... Arguments>
+typename OmVectorTree<T>::Node OmVectorTree<T>::EmplaceChild(Node const& parent, Arguments&&... arguments) {
     TreeNode* const above = parent.Ptr();
     OmVector<TreeNode>& children = above->children;
     TreeNode* const before = children.data();
-    Append(*above, value, Region());
+    Append(*above, Region(), std::forward<Arguments>(arguments)...);
     if (children.data() != before && children.size() > 1) {
         for (TreeNode& child : children) {
             child.AdoptChildren();
@@ -452,7 +472,7 @@ typename OmVectorTree<T>::Subtree OmVectorTree<T>::CopySubtree(ConstNode const& 
             continue;
         }
         TreeNode const& child = frame.from->children[done];
-        TreeNode& below = Append(*frame.to, child.value, region);
+        TreeNode& below = Append(*frame.to, region, CopyOf{}, child.value);
         below.children.reserve(child.children.size());
         path.push_back({&child, &below});
     }
