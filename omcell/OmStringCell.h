@@ -9,6 +9,10 @@
 #include <string>
 #include <string_view>
 
+namespace om_detail {
+struct PlainText;
+}
+
 /// The plain text: titles, category labels, cells that hold words.
 ///
 /// Three copies of the text's bytes are kept, behind each other:
@@ -94,6 +98,8 @@ public:
     void SetEngString(std::string_view text);
 
 private:
+    friend struct om_detail::PlainText;
+
     enum Run : unsigned { Given, U8, English, Alt };
     enum class Form : std::uint8_t { Inline, Apart, Wide };
     struct WideRuns;
