@@ -1,10 +1,25 @@
 #include "backend/tables/om/OmDimension.h"
 
 #include "backend/tables/om/OMSException.h"
-#include "omcell/OmCellText.h"
+#include "backend/tables/om/detail/ChildIndex.h"
+#include "omcell/OmBlank.h"
+#include "omcell/OmComposite.h"
+#include "omcell/OmMessage.h"
+#include "omcell/OmNumber.h"
+#include "omcell/OmStringCell.h"
+#include "omcell/OmValue.h"
+#include "omcell/OmVariable.h"
+#include "omcell/detail/PlainText.h"
 
 #include <algorithm>
 #include <cstdint>
+#include <string_view>
+#include <typeinfo>
+
+using om_detail::ChildIndex;
+using om_detail::LabelHash;
+using om_detail::LabelKey;
+using om_detail::PlainText;
 
 namespace {
 
@@ -14,6 +29,44 @@ void SetTracker(OmDimensionNode& node, icuTracker* tracker) {
     if (node.Text() != nullptr) {
         node.Text()->SetTracker(tracker);
     }
+}
+
+void RequireGroup(OmDimensionNode const& parent) {
+    if (!parent.IsGroup()) {
+        throw OMSException("OmDimension::Child -- parent is not group");
+    }
+}
+
+/// Whether the text is just of one of the library's kinds; they know how to tell each other apart.
+bool IsOurs(OmCellText const& text) {
+    std::type_info const* const kind = &typeid(text);
+    return kind == &typeid(OmStringCell) || kind == &typeid(OmValue) || kind == &typeid(OmVariable) ||
+           kind == &typeid(OmNumber) || kind == &typeid(OmComposite) || kind == &typeid(OmMessage) ||
+           kind == &typeid(OmBlank);
+}
+
+/// Whether there is a hash, and nobody has added children past it.
+bool MayAsk(LabelHash const* hash, OmVector<OmDimension::Tree::TreeNode> const& children) {
+    return hash != nullptr && children.begin() + hash->Size() == children.end();
+}
+
+/// Has the line fetched that the bytes of a short string cell end in, while the one that it begins in is waited for:
+/// a quarter less for a label that is found among 100,000 at random.
+void Prefetch([[maybe_unused]] OmCellText const& text) {
+#if defined(__GNUC__)
+    __builtin_prefetch(reinterpret_cast<char const*>(&text) + 56);
+#endif
+}
+
+// An entry past the children (the index may be out of step) counts as sorting after the probe.
+template <typename IsBefore>
+std::size_t LowerBound(ChildIndex::Entries const& entries, OmVector<OmDimension::Tree::TreeNode> const& children,
+                       IsBefore&& isBefore) {
+    int const* const lower = std::partition_point(entries.begin(), entries.end(), [&](int entry) {
+        std::size_t const position = static_cast<unsigned int>(entry);
+        return position < children.size() && isBefore(children[position].value);
+    });
+    return static_cast<std::size_t>(lower - entries.begin());
 }
 
 } // namespace
@@ -44,26 +97,46 @@ OmDimension::~OmDimension() = default;
 // --- find and create -------------------------------------------------------------------------------------------------
 
 OmDimension::Found OmDimension::Search(ConstNode const& parent, OmDimensionNode const& probe) {
-    OmVector<int> const& index = parent.Value().ChildIndex();
+    OmVector<int> scratch;
+    ChildIndex::Entries const entries = ChildIndex::EntriesOf(parent.Value()._childIndex, scratch);
     OmVector<TreeNode> const& children = parent.Ptr()->children;
-    // An entry past the children (the index may be out of step) counts as sorting after the probe.
-    auto const childAt = [&](int entry) -> OmDimensionNode const* {
-        std::size_t const position = static_cast<unsigned int>(entry);
-        return position < children.size() ? &children[position].value : nullptr;
-    };
-    int const* const lower =
-        std::lower_bound(index.begin(), index.end(), probe, [&](int entry, OmDimensionNode const& wanted) {
-            OmDimensionNode const* const child = childAt(entry);
-            return child != nullptr && *child < wanted;
-        });
-    Found found{static_cast<std::size_t>(lower - index.begin()), -1};
-    if (lower != index.end()) {
-        OmDimensionNode const* const child = childAt(*lower);
-        if (child != nullptr && !(probe < *child)) {
-            found.position = *lower;
+    std::size_t const place =
+        LowerBound(entries, children, [&](OmDimensionNode const& child) { return child < probe; });
+    if (place < entries.size()) {
+        std::size_t const position = static_cast<unsigned int>(entries.first[place]);
+        if (position < children.size() && !(probe < children[position].value)) {
+            return {place, entries.first[place]};
         }
     }
-    return found;
+    return {place, -1};
+}
+
+std::optional<OmDimension::Found> OmDimension::Search(ConstNode const& parent, LabelKey const& label, bool isGroup) {
+    OmVector<int> scratch;
+    ChildIndex::Entries const entries = ChildIndex::EntriesOf(parent.Value()._childIndex, scratch);
+    OmVector<TreeNode> const& children = parent.Ptr()->children;
+    bool allPlain = true;
+    Found found{0, -1};
+    found.place = LowerBound(entries, children, [&](OmDimensionNode const& child) {
+        OmStringCell const* const text = PlainText::Of(child.Text());
+        allPlain = allPlain && text != nullptr;
+        if (!allPlain) {
+            return false;
+        }
+        return child.IsGroup() != isGroup ? child.IsGroup() : PlainText::Bytes(*text) < label.Bytes();
+    });
+    if (allPlain && found.place < entries.size()) {
+        std::size_t const position = static_cast<unsigned int>(entries.first[found.place]);
+        if (position < children.size()) {
+            OmDimensionNode const& child = children[position].value;
+            OmStringCell const* const text = PlainText::Of(child.Text());
+            allPlain = text != nullptr;
+            if (allPlain && child.IsGroup() == isGroup && PlainText::Bytes(*text) == label.Bytes()) {
+                found.position = entries.first[found.place];
+            }
+        }
+    }
+    return allPlain ? std::optional<Found>(found) : std::nullopt;
 }
 
 OmDimension::Node OmDimension::Append(Node const& parent, OmDimensionNode const& value) {
@@ -79,30 +152,156 @@ OmDimension::Node OmDimension::Append(Node const& parent, OmDimensionNode const&
     return child;
 }
 
-OmDimension::Node OmDimension::Child(Node const& parent, OmDimensionNode const& value) {
-    if (!parent.Value().IsGroup()) {
-        throw OMSException("OmDimension::Child -- parent is not group");
+OmDimension::Node OmDimension::Append(Node const& parent, OmStringCell const& text, Fields const& fields) {
+    Node const child = _tree.EmplaceChild(parent, text, fields.subscript, fields.isGroup, &Region());
+    OmDimensionNode& value = child.Value();
+    value.Text()->SetTracker(TrackerOf(parent.Value()));
+    value._sort = fields.sort;
+    value._hide = fields.hide;
+    value._hideLabels = fields.hideLabels;
+    if (!fields.isGroup) {
+        CountLeaf();
     }
+    return child;
+}
+
+OmDimension::Node OmDimension::Child(Node const& parent, OmDimensionNode const& value) {
+    RequireGroup(parent.Value());
+    OmStringCell const* const plain = PlainText::Of(value.Text());
+    if (plain == nullptr) {
+        return FindOrCreate(parent, value);
+    }
+    return FindOrCreate(parent, *plain,
+                        {value.Subscript(), value.IsGroup(), value.Sort(), value.Hide(), value.HideLabels()});
+}
+
+// A short label that the hash knows is answered here; all else, and what it needs on the stack, is kept out of the way.
+// Of 100,000 labels looked up at random, each call waits for the text and for the slot, and the fewer instructions a
+// call takes, the more of the next one's waiting overlaps with it.
+OmDimension::Node OmDimension::Child(Node const& parent, OmCellText const& text, unsigned long long subscript,
+                                     bool isGroup) {
+    Prefetch(text);
+    OmStringCell const* const plain = PlainText::Of(&text);
+    TreeNode const* const above = parent.Ptr();
+    LabelHash const* const hash = ChildIndex::HashOf(above->value._childIndex);
+    if (plain != nullptr && above->value._isGroup && MayAsk(hash, above->children)) {
+        std::string_view const bytes = PlainText::Bytes(*plain);
+        if (bytes.size() <= LabelKey::LongestShort) {
+            int const position = hash->FindShort(LabelKey::Short(bytes, isGroup));
+            if (position >= 0) {
+                return parent.Child(static_cast<std::size_t>(position));
+            }
+        }
+    }
+    return FindOrCreate(parent, text, subscript, isGroup);
+}
+
+OmDimension::Node OmDimension::FindOrCreate(Node const& parent, OmCellText const& text, unsigned long long subscript,
+                                            bool isGroup) {
+    OmStringCell const* const plain = PlainText::Of(&text);
+    if (plain == nullptr) {
+        return Child(parent, OmDimensionNode(text, subscript, isGroup, nullptr));
+    }
+    RequireGroup(parent.Value());
+    return FindOrCreate(parent, *plain, {subscript, isGroup, OmSort::None, false, false});
+}
+
+OmDimension::Node OmDimension::FindOrCreate(Node const& parent, OmDimensionNode const& value) {
     OmDimensionNode copy(value, &Region());
     SetTracker(copy, TrackerOf(parent.Value()));
-    copy.ChildIndex().Free();
+    ChildIndex::Destroy(std::exchange(copy._childIndex, nullptr));
+    OmDimensionNode& above = parent.Value();
+    ChildIndex::Settle(above._childIndex);
     Found const found = Search(parent, copy);
     if (found.position >= 0) {
         return parent.Child(static_cast<std::size_t>(found.position));
     }
-    OmVector<int>& index = parent.Value().ChildIndex();
-    index.insert(found.place, static_cast<int>(index.size()));
+    ChildIndex::Insert(above._childIndex, found.place, static_cast<int>(ChildIndex::SizeOf(above._childIndex)),
+                       above.Region());
     try {
         return Append(parent, copy);
     } catch (...) {
-        index.erase(found.place);
+        above._childIndex->Erase(found.place);
         throw;
     }
 }
 
-OmDimension::Node OmDimension::Child(Node const& parent, OmCellText const& text, unsigned long long subscript,
-                                     bool isGroup) {
-    return Child(parent, OmDimensionNode(text, subscript, isGroup, nullptr));
+// The copies that a text of another kind would see made and discarded are not made: a string cell cannot tell.
+OmDimension::Node OmDimension::FindOrCreate(Node const& parent, OmStringCell const& text, Fields const& fields) {
+    LabelKey const label(PlainText::Bytes(text), fields.isGroup);
+    ChildIndex*& index = parent.Value()._childIndex;
+    if (!MayAsk(ChildIndex::HashOf(index), parent.Ptr()->children) &&
+        (!ChildIndex::IsTimeToHash(index) || !TryToHash(*parent.Ptr()))) {
+        return FindOrCreateByBisection(parent, text, label, fields);
+    }
+    int const position = ChildIndex::HashOf(index)->Find(label);
+    if (position >= 0) {
+        return parent.Child(static_cast<std::size_t>(position));
+    }
+    if (ChildIndex::SizeOf(index) == LabelHash::Most) {
+        return FindOrCreateByBisection(parent, text, label, fields);
+    }
+    ChildIndex::Add(index, label, parent.Value().Region());
+    try {
+        return Append(parent, text, fields);
+    } catch (...) {
+        index->TakeBack(label);
+        throw;
+    }
+}
+
+OmDimension::Node OmDimension::FindOrCreateByBisection(Node const& parent, OmStringCell const& text,
+                                                       LabelKey const& label, Fields const& fields) {
+    ChildIndex*& index = parent.Value()._childIndex;
+    ChildIndex::Settle(index);
+    std::optional<Found> const found = Search(parent, label, fields.isGroup);
+    if (!found) {
+        OmDimensionNode value(text, fields.subscript, fields.isGroup, nullptr);
+        value._sort = fields.sort;
+        value._hide = fields.hide;
+        value._hideLabels = fields.hideLabels;
+        return FindOrCreate(parent, value);
+    }
+    if (found->position >= 0) {
+        return parent.Child(static_cast<std::size_t>(found->position));
+    }
+    ChildIndex::Insert(index, found->place, static_cast<int>(ChildIndex::SizeOf(index)), parent.Value().Region());
+    try {
+        return Append(parent, text, fields);
+    } catch (...) {
+        index->Erase(found->place);
+        throw;
+    }
+}
+
+// The hash hears of edits in the tree's region alone, so nodes and labels that live elsewhere keep a parent from it.
+bool OmDimension::TryToHash(TreeNode& parent) const {
+    OmMemoryRegion& region = Region();
+    OmVector<TreeNode> const& children = parent.children;
+    OmVector<int> scratch;
+    ChildIndex::Entries const entries = ChildIndex::EntriesOf(parent.value._childIndex, scratch);
+    if (region.IsDefaultHeap() || entries.size() != children.size()) {
+        return false;
+    }
+    OmDimensionNode const* before = nullptr;
+    for (int const entry : entries) {
+        std::size_t const position = static_cast<unsigned int>(entry);
+        if (position >= children.size()) {
+            return false;
+        }
+        OmDimensionNode const& child = children[position].value;
+        OmStringCell const* const text = PlainText::Of(child.Text());
+        if (text == nullptr || PlainText::Home(*text) != &region || child.Region() != &region ||
+            (before != nullptr && !(*before < child))) {
+            return false;
+        }
+        before = &child;
+    }
+    ChildIndex::MakeHash(*parent.value._childIndex, region, [&](std::size_t position) {
+        OmDimensionNode const& child = children[position].value;
+        return LabelKey(PlainText::Bytes(*PlainText::Of(child.Text())), child.IsGroup());
+    });
+    return true;
 }
 
 OmDimension::Node OmDimension::AddNewChild(Node const& parent, OmCellText const& text, unsigned long long subscript,
@@ -110,18 +309,33 @@ OmDimension::Node OmDimension::AddNewChild(Node const& parent, OmCellText const&
     OmDimensionNode const value(text, subscript, isGroup, nullptr);
     OmDimensionNode copy(value, &Region());
     SetTracker(copy, TrackerOf(parent.Value()));
-    copy.ChildIndex().Free();
-    OmVector<int>& index = parent.Value().ChildIndex();
-    index.push_back(static_cast<int>(index.size()));
+    ChildIndex::Destroy(std::exchange(copy._childIndex, nullptr));
+    OmDimensionNode& above = parent.Value();
+    std::size_t const place = ChildIndex::SizeOf(above._childIndex);
+    ChildIndex::Settle(above._childIndex);
+    ChildIndex::Insert(above._childIndex, place, static_cast<int>(place), above.Region());
     try {
         return Append(parent, copy);
     } catch (...) {
-        index.erase(index.size() - 1);
+        above._childIndex->Erase(place);
         throw;
     }
 }
 
 int OmDimension::FindChild(ConstNode parent, OmCellText const& text, bool isGroup) {
+    LabelHash const* const hash = ChildIndex::HashOf(parent.Value()._childIndex);
+    bool const isHashed = MayAsk(hash, parent.Ptr()->children);
+    if (OmStringCell const* const plain = PlainText::Of(&text)) {
+        LabelKey const label(PlainText::Bytes(*plain), isGroup);
+        if (isHashed) {
+            return hash->Find(label);
+        }
+        if (std::optional<Found> const found = Search(parent, label, isGroup)) {
+            return found->position;
+        }
+    } else if (isHashed && IsOurs(text)) {
+        return -1; // where all labels are string cells, nothing equals a text of another kind of ours
+    }
     return Search(parent, OmDimensionNode(text, 0, isGroup, nullptr)).position;
 }
 

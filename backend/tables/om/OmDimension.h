@@ -6,11 +6,17 @@
 #include "backend/tables/om/VectorTree.h"
 
 #include <cstddef>
+#include <optional>
 #include <utility>
 #include <vector>
 
 class OmCellText;
 class OmPivotTable;
+class OmStringCell;
+
+namespace om_detail {
+class LabelKey;
+}
 
 /// One dimension of a pivot table: a tree of categories.
 ///
@@ -24,6 +30,13 @@ class OmPivotTable;
 /// label, which makes find-or-create by label (`Child`) a bisection. Only `Child` keeps the index sorted: `AddNewChild`
 /// appends to it, `Delete` edits it, and the other operations leave it as it is. A search over an index that is out of
 /// step gives what the bisection gives; it never reads outside the children.
+///
+/// While the index of a parent with some children names all of them in strict order, and all their labels are string
+/// cells that live in the table, `Child` and `FindChild` ask a hash over the labels instead (om_detail::ChildIndex). It
+/// gives the same answers. An edit of a string cell or a node of the table, or a change of the children that is not
+/// made by `Child`, drops it; after as many searches by bisection as a quarter of the children, `Child` looks whether
+/// there may be one again. `FindChild` and other operations of the constant form change nothing, so any number of
+/// threads may use them at once.
 ///
 /// A table makes its dimensions, owns them, and keeps everything in them in its memory region. Handles (`Node`) go
 /// stale when the children vector that holds their node changes; re-fetch them from `Root()` after every change.
@@ -72,8 +85,9 @@ public:
 
     /// Find-or-create: the child of `parent` with the group flag and label of `value`, whatever its subscript, or a new
     /// last child copied from it. The label of a new child takes the tracker of parent's label; its child index is
-    /// empty. Finding takes O(log children) comparisons; creating also invalidates handles to parent's children. Throws
-    /// OMSException "OmDimension::Child -- parent is not group", values 0 and 0; nothing has changed then.
+    /// empty. O(1) on average where there is a hash, else O(log children) comparisons and, for a new child, O(children)
+    /// bytes moved; creating invalidates handles to parent's children. Throws OMSException "OmDimension::Child --
+    /// parent is not group", values 0 and 0; nothing has changed then.
     Node Child(Node const& parent, OmDimensionNode const& value);
     Node Child(Node const& parent, OmCellText const& text, unsigned long long subscript, bool isGroup);
 
@@ -81,8 +95,9 @@ public:
     /// `Child` may miss it and its neighbours. `parent` need not be a group. Amortised O(1).
     Node AddNewChild(Node const& parent, OmCellText const& text, unsigned long long subscript, bool isGroup);
 
-    /// Position of the child of `parent` with this label and group flag, by parent's child index, or -1. O(log
-    /// children).
+    /// Position of the child of `parent` with this label and group flag, by parent's child index, or -1. O(1) on
+    /// average where there is a hash, else O(log children); a text of a program's own kind among hashed labels has to
+    /// have them sorted first, O(children log children).
     static int FindChild(ConstNode parent, OmCellText const& text, bool isGroup);
 
     /// The node of this dimension at the path that `node` has in a dimension of the same shape. O(depth).
@@ -154,9 +169,28 @@ private:
         std::size_t place; ///< lower bound in the child index
         int position;      ///< the child's position, or -1
     };
+    /// What the bisection of the child index comes to. With a label: nothing when it met a child whose label is no
+    /// plain string cell, which may see what it is compared with.
     static Found Search(ConstNode const& parent, OmDimensionNode const& probe);
+    static std::optional<Found> Search(ConstNode const& parent, om_detail::LabelKey const& label, bool isGroup);
+
+    /// What a new child gets besides its label.
+    struct Fields {
+        unsigned long long subscript;
+        bool isGroup;
+        OmSort::Order sort;
+        bool hide;
+        bool hideLabels;
+    };
+    Node FindOrCreate(Node const& parent, OmDimensionNode const& value);
+    Node FindOrCreate(Node const& parent, OmStringCell const& text, Fields const& fields);
+    Node FindOrCreate(Node const& parent, OmCellText const& text, unsigned long long subscript, bool isGroup);
+    Node FindOrCreateByBisection(Node const& parent, OmStringCell const& text, om_detail::LabelKey const& label,
+                                 Fields const& fields);
+    bool TryToHash(TreeNode& parent) const;
 
     Node Append(Node const& parent, OmDimensionNode const& value);
+    Node Append(Node const& parent, OmStringCell const& text, Fields const& fields);
 
     bool PathOf(ConstNode const& node, Path& path) const;
     bool SearchPath(TreeNode const* node, Path& path) const;

@@ -2,6 +2,7 @@
 // paths, and each path is corrected after each step; `insertChild`, which takes any number of them, goes by addresses.
 
 #include "backend/tables/om/OmDimension.h"
+#include "backend/tables/om/detail/ChildIndex.h"
 #include "omcell/OmCellText.h"
 
 #include <algorithm>
@@ -161,17 +162,19 @@ void OmDimension::Delete(Node& node) {
     Node const parent = At(ParentOf(path));
     Erase(parent, removed);
 
-    OmVector<int>& index = parent.Value().ChildIndex();
+    // The erasure has settled it.
+    om_detail::ChildIndex* const index = parent.Value()._childIndex;
     std::size_t i = 0;
-    while (i < index.size()) {
-        std::size_t const entry = static_cast<unsigned int>(index[i]);
+    while (i < om_detail::ChildIndex::SizeOf(index)) {
+        int& place = index->First()[i];
+        std::size_t const entry = static_cast<unsigned int>(place);
         if (entry == removed) {
             // The entry at the removed position goes, not the one that names it.
-            index.erase(removed < index.size() ? removed : i);
+            index->Erase(removed < om_detail::ChildIndex::SizeOf(index) ? removed : i);
             continue;
         }
         if (entry > removed) {
-            --index[i];
+            --place;
         }
         ++i;
     }

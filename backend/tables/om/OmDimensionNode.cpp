@@ -1,5 +1,6 @@
 #include "backend/tables/om/OmDimensionNode.h"
 
+#include "backend/tables/om/detail/ChildIndex.h"
 #include "omcell/OmCellText.h"
 
 #include <cstdint>
@@ -7,11 +8,13 @@
 #include <string>
 #include <utility>
 
-OmDimensionNode::OmDimensionNode(OmMemoryRegion* region) : _childIndex(region) {}
+using om_detail::ChildIndex;
+
+OmDimensionNode::OmDimensionNode(OmMemoryRegion* region) : _region(OmMemoryRegion::OrDefault(region)) {}
 
 OmDimensionNode::OmDimensionNode(OmCellText const& text, unsigned long long subscript, bool isGroup,
                                  OmMemoryRegion* region)
-    : _text(text.Clone(region)), _subscript(subscript), _childIndex(region), _isGroup(isGroup) {}
+    : _text(text.Clone(region)), _subscript(subscript), _region(OmMemoryRegion::OrDefault(region)), _isGroup(isGroup) {}
 
 // Delegates first, so that the destructor cleans up when the copy fails half way.
 OmDimensionNode::OmDimensionNode(OmDimensionNode const& other, OmMemoryRegion* region) : OmDimensionNode(region) {
@@ -24,6 +27,8 @@ OmDimensionNode::OmDimensionNode(OmDimensionNode const& other, OmMemoryRegion* r
 OmDimensionNode::OmDimensionNode(OmDimensionNode const& other) : OmDimensionNode(other, other.Region()) {}
 
 OmDimensionNode& OmDimensionNode::operator=(OmDimensionNode const& other) {
+    _region->BeforeEdit();
+    other._region->BeforeEdit();
     if (_text != other._text) {
         delete _text;
         _text = std::exchange(other._text, nullptr);
@@ -33,13 +38,17 @@ OmDimensionNode& OmDimensionNode::operator=(OmDimensionNode const& other) {
 }
 
 OmDimensionNode::~OmDimensionNode() {
-    _childIndex.Free();
+    ChildIndex::Destroy(_childIndex);
     delete _text;
 }
 
 void OmDimensionNode::CopyPlainFields(OmDimensionNode const& other) {
     _subscript = other._subscript;
-    _childIndex = other._childIndex;
+    if (this != &other) {
+        OmVector<int> scratch;
+        ChildIndex::Destroy(std::exchange(_childIndex, nullptr));
+        _childIndex = ChildIndex::Make(ChildIndex::EntriesOf(other._childIndex, scratch), _region);
+    }
     _sort = other._sort;
     _isGroup = other._isGroup;
     _hide = other._hide;
@@ -49,10 +58,13 @@ void OmDimensionNode::CopyPlainFields(OmDimensionNode const& other) {
 void OmDimensionNode::Text(OmCellText const& text) {
     OmCellText* const clone = text.Clone(Region());
     if (clone != _text) {
+        _region->BeforeEdit();
         delete _text;
         _text = clone;
     }
 }
+
+void OmDimensionNode::ChildrenRearranged() { ChildIndex::Settle(_childIndex); }
 
 bool operator<(OmDimensionNode const& a, OmDimensionNode const& b) {
     if (a._isGroup != b._isGroup) {
@@ -75,6 +87,8 @@ bool operator==(OmDimensionNode const& a, OmDimensionNode const& b) {
 }
 
 void OmDimensionNode::Print(unsigned int indent) const {
+    OmVector<int> scratch;
+    ChildIndex::Entries const entries = ChildIndex::EntriesOf(_childIndex, scratch);
     auto const yesOrNo = [](bool flag) { return flag ? "yes" : "no"; };
     for (unsigned int i = 0; i < indent; ++i) {
         std::cout << "  ";
@@ -89,7 +103,7 @@ void OmDimensionNode::Print(unsigned int indent) const {
         std::cout << ", Sort: down";
     }
     char const* before = ", Children: ";
-    for (int const entry : _childIndex) {
+    for (int const entry : entries) {
         std::cout << before << std::to_string(entry);
         before = ", ";
     }

@@ -7,12 +7,19 @@
 #include "omcell/OmMemoryRegion.h"
 
 class OmCellText;
+template <typename T>
+class OmVectorTree;
+
+namespace om_detail {
+class ChildIndex;
+}
 
 /// A category, a group of categories, or (at the root) the dimension itself: the value type of a category tree.
 ///
-///     +------+-----------+-------------+------+----------+------+-------------+
-///     | text | subscript | child index | sort | is group | hide | hide labels |
-///     +------+-----------+-------------+------+----------+------+-------------+
+///     +------+-----------+--------+-------------+------+----------+------+-------------+
+///     | text | subscript | region | child index | sort | is group | hide | hide labels |     40 bytes
+///     +------+-----------+--------+-------------+------+----------+------+-------------+
+///                                      `--> a record in the region, made with the first entry; null in a leaf
 ///
 ///  - The text is the label; the node owns it. Null only in a node made from a region alone, or one whose text an
 ///    assignment took away.
@@ -62,7 +69,12 @@ public:
     void Sort(OmSort::Order order) { _sort = order; }
 
     bool IsGroup() const { return _isGroup; }
-    void IsGroup(bool isGroup) { _isGroup = isGroup; }
+    void IsGroup(bool isGroup) {
+        if (isGroup != _isGroup) {
+            _region->BeforeEdit();
+            _isGroup = isGroup;
+        }
+    }
 
     /// A hidden node's label is left out of headings; its categories stay.
     bool Hide() const { return _hide; }
@@ -73,7 +85,7 @@ public:
     void HideLabels(bool hideLabels) { _hideLabels = hideLabels; }
 
     /// The node's region; never null, not owned.
-    OmMemoryRegion* Region() const { return _childIndex.Region(); }
+    OmMemoryRegion* Region() const { return _region; }
 
     /// Groups before non-groups; among either, by `Compare` of the labels (a missing label first). Subscripts take no
     /// part.
@@ -92,14 +104,17 @@ public:
 
 private:
     friend class OmDimension;
+    friend class OmVectorTree<OmDimensionNode>;
 
-    OmVector<int>& ChildIndex() { return _childIndex; }
-    OmVector<int> const& ChildIndex() const { return _childIndex; }
     void CopyPlainFields(OmDimensionNode const& other);
+
+    /// Called by the tree.
+    void ChildrenRearranged();
 
     mutable OmCellText* _text = nullptr; // an assignment takes it from its const source
     unsigned long long _subscript = NoSubscript;
-    OmVector<int> _childIndex;
+    OmMemoryRegion* _region;
+    om_detail::ChildIndex* _childIndex = nullptr;
     OmSort::Order _sort = OmSort::None;
     bool _isGroup = false;
     bool _hide = false;
