@@ -32,7 +32,7 @@ std::vector<Operation> const& Operations() {
         {"Text", [](LabelIndexWorld& world) { world.Relabel(1, "x"); }},
         {"SetU8String", [](LabelIndexWorld& world) { world.SetU8(2, "a long label, really"); }},
         {"IsGroup", [](LabelIndexWorld& world) { world.Regroup(3); }},
-        {"assignment", [](LabelIndexWorld& world) { world.Assign(5, 6); }},
+        {"assignment", [](LabelIndexWorld& world) { world.Assign(5 % world.Size(), 6 % world.Size()); }},
         {"edit elsewhere", [](LabelIndexWorld& world) { world.EditElsewhere(); }},
         {"carry", [](LabelIndexWorld& world) { world.Carry(4, 0); }},
     };

@@ -89,9 +89,11 @@ private:
     }
 
     void Meddle() {
-        std::size_t const position = Any();
+        // Often where somebody meddled before, since that is where what was overlooked shows.
+        std::size_t const position = _touched < _world.Size() && _dice.Percent(50) ? _touched : Any();
         std::size_t const other = Any();
-        std::size_t const kind = _dice.Below(17);
+        std::size_t const kind = _dice.Below(20);
+        _touched = position;
         Say("meddling " + std::to_string(kind) + " with " + std::to_string(position) + ", " + std::to_string(other));
         switch (kind) {
         case 0:
@@ -126,6 +128,12 @@ private:
             return Check(_world.FindOrCreate(Label(), false, Kind::Foreign, _dice.Percent(50)));
         case 15:
             return Check(_world.FindOrCreate(Label(), false, Kind::Contrary, _dice.Percent(50)));
+        case 16:
+            return _world.AssignFromElsewhere(position, _dice.Percent(70) ? _world.At(position).u8 : Label());
+        case 17:
+            return _world.Replace(position);
+        case 18:
+            return _world.AppendByAnotherTree(Label());
         default:
             return _world.Relabel(position, Label(), _dice.Percent(50) ? Kind::Foreign : Kind::Contrary);
         }
@@ -143,6 +151,7 @@ private:
     Dice& _dice;
     LabelIndexWorld _world{};
     std::string _operation{};
+    std::size_t _touched = 0;
 };
 
 TEST(LabelIndex, RandomScriptsAgreeWithTheBisection) {

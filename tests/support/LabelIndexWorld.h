@@ -114,6 +114,14 @@ public:
         }
     }
 
+    /// The child takes over a label that lives in another region.
+    void AssignFromElsewhere(std::size_t position, std::string const& label) {
+        Child& child = _children[position];
+        child.kind = Kind::Plain;
+        child.given = child.u8 = label;
+        NodeAt(position).Value() = OmDimensionNode(*TextOf(child), child.subscript, child.isGroup, &_elsewhere);
+    }
+
     /// The parent's value goes and comes back, child index and all.
     void AssignParent() {
         OmDimensionNode const copy(Parent().Value(), &Region());
@@ -170,6 +178,23 @@ public:
         OmDimension::Tree::Reparent(_dimension->Root(), true);
         Child const carried = Take(from);
         _children.insert(_children.begin() + static_cast<std::ptrdiff_t>(to), carried);
+    }
+
+    /// Takes a child out and puts another one with the same label in its place, which lives in another region.
+    void Replace(std::size_t position) {
+        Child const child = _children[position];
+        if (child.kind == Kind::Plain) {
+            Erase(position);
+            Insert(position, child.u8, child.isGroup, true);
+        }
+    }
+
+    /// Another tree appends to the children, past the dimension.
+    void AppendByAnotherTree(std::string const& label) {
+        Child const added{Kind::Plain, label, label, false, ++_subscript};
+        OmDimensionNode const value(*TextOf(added), added.subscript, false, nullptr);
+        OmDimension::Tree(&Region(), value).AddChild(Parent(), value);
+        _children.push_back(added);
     }
 
     void MoveToTheEnd(std::size_t position) {
