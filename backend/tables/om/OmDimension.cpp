@@ -50,14 +50,6 @@ bool MayAsk(LabelHash const* hash, OmVector<OmDimension::Tree::TreeNode> const& 
     return hash != nullptr && children.begin() + hash->Size() == children.end();
 }
 
-/// Has the line fetched that the bytes of a short string cell end in, while the one that it begins in is waited for:
-/// a quarter less for a label that is found among 100,000 at random.
-void Prefetch([[maybe_unused]] OmCellText const& text) {
-#if defined(__GNUC__)
-    __builtin_prefetch(reinterpret_cast<char const*>(&text) + 56);
-#endif
-}
-
 // An entry past the children (the index may be out of step) counts as sorting after the probe.
 template <typename IsBefore>
 std::size_t LowerBound(ChildIndex::Entries const& entries, OmVector<OmDimension::Tree::TreeNode> const& children,
@@ -180,7 +172,6 @@ OmDimension::Node OmDimension::Child(Node const& parent, OmDimensionNode const& 
 // call takes, the more of the next one's waiting overlaps with it.
 OmDimension::Node OmDimension::Child(Node const& parent, OmCellText const& text, unsigned long long subscript,
                                      bool isGroup) {
-    Prefetch(text);
     OmStringCell const* const plain = PlainText::Of(&text);
     TreeNode const* const above = parent.Ptr();
     LabelHash const* const hash = ChildIndex::HashOf(above->value._childIndex);

@@ -77,7 +77,7 @@ public:
         while (scratch.size() < index->_size) {
             scratch.push_back(0);
         }
-        index->_hash->CopySortedTo(scratch.begin());
+        index->_hash->SortInto(scratch.begin());
         return {scratch.begin(), scratch.end()};
     }
 

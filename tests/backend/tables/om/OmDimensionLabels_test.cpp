@@ -207,6 +207,25 @@ TEST(OmDimensionLabels, ForeignTextSeesTheBisection) {
     }
 }
 
+// A node from another region with a label of the table's: an edit of the node is made known there and not here.
+TEST(OmDimensionLabels, NodeFromAnotherRegionKeepsTheParentFromTheHash) {
+    OmMemoryRegion elsewhere(false);
+    WideWorld world;
+    world.dimension.AddNewChild(world.Root().Child(0), Label(Name(Many - 1)), 1, false);
+    OmDimension::Tree::EraseChild(world.Root(), Many - 1);
+    OmDimension::Tree::Subtree stranger(&elsewhere, nullptr, Label("x"), 0ULL, false, &elsewhere);
+    OmDimension::Tree::InsertAt(world.Root(), std::move(stranger), Many - 1);
+    OmDimension::Tree::Reparent(world.Root(), true);
+    world.Root().Child(Many - 1).Value() = world.Root().Child(0).Child(0).Value();
+    for (int k = 0; k < 2 * Many; ++k) {
+        EXPECT_TRUE(world.dimension.Child(world.Root(), Label(Name(Many - 1)), 0, false) ==
+                    world.Root().Child(Many - 1));
+    }
+    world.Root().Child(Many - 1).Value().IsGroup(true);
+    EXPECT_EQ(OmDimension::FindChild(world.Root(), Label(Name(Many - 1)), false), -1);
+    EXPECT_EQ(world.Root().ChildCount(), static_cast<std::size_t>(Many));
+}
+
 TEST(OmDimensionLabels, ParentThatIsNoGroupAnyMoreIsRefused) {
     WideWorld world;
     world.Root().Value().IsGroup(false);
