@@ -268,3 +268,13 @@ TEST(OmDimensionLabels, HundredThousandLabelsAreNoMatter) {
     }
     EXPECT_EQ(ChildIndexOf(copy.Root()), ChildIndexOf(world.Root()));
 }
+
+// So many that some pairs have one hash value of 32 bits: their bytes must tell them apart.
+TEST(OmDimensionLabels, LongLabelsOfOneLengthAreToldApart) {
+    CategoryWorld world;
+    constexpr int Count = 200000;
+    for (int k = 0; k < Count; ++k) {
+        world.dimension.Child(world.Root(), Label("a long label " + std::to_string(1000000 + k)), 0, false);
+    }
+    EXPECT_EQ(world.Root().ChildCount(), static_cast<std::size_t>(Count));
+}
