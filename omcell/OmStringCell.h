@@ -89,7 +89,7 @@ public:
     std::string AltText() const;
 
     /// Whether the text is the same in every language and code page, and so is never converted.
-    bool Flag() const { return _flag; }
+    bool Flag() const { return _shape.flag; }
 
     /// Replaces the UTF-8 copy. Ignored by a text whose flag is set: its copies are all the same.
     void SetU8String(std::string_view text);
@@ -103,34 +103,40 @@ private:
     enum Run : unsigned { Given, U8, English, Alt };
     enum class Form : std::uint8_t { Inline, Apart, Wide };
     struct WideRuns;
-    struct InOneBlock {};
 
     static constexpr std::size_t LongestShortRun = 0xffff;
 
-    /// For a clone in a block with room for the source's runs behind the lengths.
-    OmStringCell(InOneBlock, OmStringCell const& source, OmMemoryRegion* region);
+    /// For a clone in a block that has room for the source's runs from `runs` on, the place of the last member.
+    OmStringCell(OmStringCell const& source, OmMemoryRegion* region, char* runs);
 
     std::string_view View(Run run) const {
-        if (_form == Form::Wide) {
+        if (_shape.form == Form::Wide) {
             return WideView(run);
         }
-        std::size_t const before = run == Given ? 0 : run == U8 ? _lengths[Given] : _lengths[Given] + _lengths[U8];
-        return run == Alt ? std::string_view() : std::string_view(Runs() + before, _lengths[run]);
+        std::uint16_t const* const lengths = _shape.lengths;
+        std::size_t const before = run == Given ? 0 : run == U8 ? lengths[Given] : lengths[Given] + lengths[U8];
+        return run == Alt ? std::string_view() : std::string_view(Runs() + before, lengths[run]);
     }
     std::string_view WideView(Run run) const;
 
     /// The bytes of the three runs of a text that is not wide.
-    char const* Runs() const { return _form == Form::Inline ? reinterpret_cast<char const*>(&_runs) : _runs; }
-    std::size_t ShortLength() const { return std::size_t{0} + _lengths[Given] + _lengths[U8] + _lengths[English]; }
+    char const* Runs() const { return _shape.form == Form::Inline ? reinterpret_cast<char const*>(&_runs) : _runs; }
+    std::size_t ShortLength() const {
+        return std::size_t{0} + _shape.lengths[Given] + _shape.lengths[U8] + _shape.lengths[English];
+    }
 
     /// Takes over copies of four runs, some of which may be views of the present ones. Throws std::bad_alloc when there
     /// is no memory; nothing has changed then.
     void Assign(std::string_view const (&runs)[4]);
     void Replace(Run run, std::string_view text);
 
-    std::uint16_t _lengths[3] = {0, 0, 0}; ///< of a text that is not wide
-    Form _form = Form::Apart;
-    bool _flag;
+    struct Shape {
+        std::uint16_t lengths[3]; ///< of a text that is not wide
+        Form form;
+        bool flag;
+    };
+
+    Shape _shape;
     /// The block apart, or null when there are no bytes; of an inline text, the first of its bytes.
     char* _runs = nullptr;
 };
