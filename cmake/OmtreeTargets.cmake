@@ -33,6 +33,10 @@ function(omtree_add_library name)
         add_library(${name} SHARED ${sources})
         omtree_set_up(${name})
         target_compile_definitions(${name} PRIVATE ${arg_MACRO})
+        # A call from a library to itself goes straight to the function, and can be inlined; nobody replaces our
+        # functions one by one.
+        target_compile_options(${name} PRIVATE -fno-semantic-interposition -fno-plt)
+        target_link_options(${name} PRIVATE -Wl,-Bsymbolic-functions)
         set_target_properties(${name} PROPERTIES
             VERSION ${PROJECT_VERSION}
             SOVERSION ${PROJECT_VERSION_MAJOR}
