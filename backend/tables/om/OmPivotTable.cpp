@@ -321,8 +321,8 @@ void OmPivotTable::PrintCells(PointerVector* node, std::size_t level, std::size_
         return;
     }
     std::cout << '\n';
-    if (node != nullptr && node->IsScattered()) {
-        PrintScatteredCells(*node, level + 1);
+    if (node != nullptr && node->SpansLeaves()) {
+        node->IsBox() ? PrintLeavesIn(*node, level + 1) : PrintLeavesOfKeys(*node, level + 1);
         return;
     }
     for (std::uint32_t i = 0; node != nullptr && i < node->Length(); ++i) {
@@ -330,20 +330,31 @@ void OmPivotTable::PrintCells(PointerVector* node, std::size_t level, std::size_
     }
 }
 
-// The leaves that a scattered node stands for have no address. Each shows that of its first cell's place.
-void OmPivotTable::PrintScatteredCells(PointerVector const& node, std::size_t level) const {
+// Leaves that a node stands for have no address of their own; each shows that of its first cell's place.
+void OmPivotTable::PrintLeavesIn(PointerVector& node, std::size_t level) const {
+    for (std::uint32_t position = 0; position < node.Length(); ++position) {
+        std::uint32_t const length = node.RowAt(position).length;
+        PrintEntry(length != 0 ? node.RowEntries(position) : nullptr, level, position);
+        std::cout << '\n';
+        for (std::uint32_t below = 0; below < length; ++below) {
+            PrintCells(static_cast<PointerVector*>(node.RowEntries(position)[below]), level + 1, below);
+        }
+    }
+}
+
+void OmPivotTable::PrintLeavesOfKeys(PointerVector const& node, std::size_t level) const {
     std::vector<std::uint64_t> order;
     std::vector<std::uint64_t> scratch;
     node.Sort(order, scratch);
     auto next = order.begin();
     for (std::uint32_t position = 0; position < node.Length(); ++position) {
         auto const isHere = [&] {
-            return next != order.end() && PointerVector::PositionOf(node.EntryIn(*next).key) == position;
+            return next != order.end() && PointerVector::PositionOf(node.KeyedIn(*next).key) == position;
         };
-        PrintEntry(isHere() ? &node.EntryIn(*next) : nullptr, level, position);
+        PrintEntry(isHere() ? &node.KeyedIn(*next) : nullptr, level, position);
         std::cout << '\n';
         for (std::uint32_t below = 0; isHere(); ++below) {
-            PointerVector::KeyedEntry const& found = node.EntryIn(*next);
+            PointerVector::KeyedEntry const& found = node.KeyedIn(*next);
             bool const isFound = PointerVector::BelowOf(found.key) == below;
             PrintCells(static_cast<PointerVector*>(isFound ? found.entry : nullptr), level + 1, below);
             next += isFound ? 1 : 0;

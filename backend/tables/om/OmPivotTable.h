@@ -333,7 +333,8 @@ private:
     void VisitPrefixes(std::size_t lowest, std::vector<int> const& wanted, om_detail::PrefixVisitor visit) const;
 
     void PrintCells(PointerVector* node, std::size_t level, std::size_t index) const;
-    void PrintScatteredCells(PointerVector const& node, std::size_t level) const;
+    void PrintLeavesIn(PointerVector& node, std::size_t level) const;
+    void PrintLeavesOfKeys(PointerVector const& node, std::size_t level) const;
 
     Data* _my;
 };
@@ -352,7 +353,7 @@ public:
     Iterator& operator++();
 
     /// The current cell, owned by the table; null when the iteration is over.
-    OmCellText* Cell() const;
+    OmCellText* Cell() const { return _data != nullptr ? _data->cell : nullptr; }
 
     /// The current cell's index, one entry for each dimension. Meaningless once the iteration is over.
     std::vector<int> Index() const;
@@ -361,7 +362,13 @@ private:
     friend class OmPivotTable;
     explicit Iterator(Data* data);
 
-    Data* _data;
+    /// The part of the record that can be read without a call.
+    struct Head {
+        OmCellText* cell = nullptr; ///< null when the iteration is over
+    };
+    Data& Record() const;
+
+    Head* _data; ///< a Data
 };
 
 /// The same over a const table.
@@ -371,7 +378,7 @@ public:
     ConstIterator(Iterator const& other);
 
     ConstIterator& operator++();
-    OmCellText const* Cell() const;
+    OmCellText const* Cell() const { return _iterator.Cell(); }
     std::vector<int> Index() const;
 
 private:

@@ -69,7 +69,8 @@ bool AxisIndexer::Next(Digits& digits) const {
     return false;
 }
 
-// The digits are used as they come, last one first: 5.6 ns on an axis with two dimensions, against 12.5 by way of a list.
+// The digits are used as they come, last one first: 5.6 ns on an axis with two dimensions, against 12.5 by way of a
+// list.
 void AxisIndexer::Apply(std::uint64_t position, std::vector<int>& index) const {
     if (_repeats) {
         ApplyInOrder(position, index);

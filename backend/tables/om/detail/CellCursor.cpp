@@ -4,24 +4,8 @@
 
 using Cursor = OmPivotTable::Iterator::Data;
 
-namespace {
-
-/// How many texts ahead of the current one are fetched into the cache. The texts lie where their stores put them, which
-/// costs a walk a miss each where that was not in order.
-constexpr std::size_t Ahead = 16;
-
-void Prefetch([[maybe_unused]] void const* text) {
-#if defined(__GNUC__)
-    __builtin_prefetch(text);
-#endif
-}
-
-} // namespace
-
 void Cursor::Start() {
     changes = store->Changes();
-    cell = nullptr;
-    inScattered = false;
     PointerVector const* const top = Top();
     if (top != nullptr) {
         Enter(levels.back(), top);
@@ -33,35 +17,156 @@ void Cursor::Start() {
 OmPivotTable::PointerVector const* Cursor::Top() const {
     PointerVector const* node = store->Root();
     for (std::size_t k = store->Levels(); k > levels.size() && node != nullptr; --k) {
-        node = node->IsScattered() ? nullptr : static_cast<PointerVector const*>(node->Entry(0));
+        node = node->SpansLeaves() ? nullptr : static_cast<PointerVector const*>(node->Entry(0));
     }
     return node;
 }
 
 void Cursor::Enter(Level& level, void const* node) {
     level.node = static_cast<PointerVector const*>(node);
-    level.at = 0;
+    level.passed = 0;
     level.order.clear();
-    if (!level.node->IsSorted()) {
-        level.node->Sort(level.order, _scratch);
-    }
-    if (&level != levels.data() && !level.node->IsScattered()) {
+    if (level.node->IsBox() || level.node->HasOrder()) {
         return;
     }
-    void* const* const entries = level.node->DenseEntries();
-    for (std::size_t i = 0; i < Ahead && entries != nullptr && i < level.node->Length(); ++i) {
-        Prefetch(entries[i]);
-    }
-    for (std::size_t i = 0; i < Ahead && i < level.order.size(); ++i) {
-        Prefetch(level.node->EntryIn(level.order[i]).entry);
-    }
+    level.node->Sort(level.order, _scratch);
 }
 
-void* Cursor::DenseEntryAtOrAfter(Level& level, void* const* entries, std::uint64_t from) {
-    std::size_t const length = level.node->Length();
-    for (std::size_t position = static_cast<std::size_t>(from); position < length; ++position) {
+/// The rest of `Next`: in a run, past empty slots; in a list; elsewhere.
+void Cursor::NextInList() {
+    if (cell == nullptr) {
+        return;
+    }
+    if (changes == store->Changes()) {
+        while (next != end) {
+            if (void* const entry = *next++) {
+                cell = static_cast<OmCellText*>(entry);
+                return;
+            }
+        }
+        while (length != 0 && ++at < length) {
+            PointerVector::KeyedEntry const& found = KeyedInList(at);
+            if (found.entry != nullptr) {
+                Prefetch(KeyedInList(std::min(at + std::size_t{Ahead}, length - 1)).entry);
+                key = found.key;
+                cell = static_cast<OmCellText*>(found.entry);
+                return;
+            }
+        }
+    }
+    NextElsewhere();
+}
+
+/// Leaves the run or list; the levels hold the subscripts then. Looks at no node: it may be gone.
+void Cursor::Leave() {
+    std::uint64_t const position = PositionOn(0);
+    if (length != 0) {
+        Level& level = levels[inSpanning ? 1 : 0];
+        level.passed = at;
+        level.position = PositionOn(inSpanning ? 1 : 0);
+    }
+    levels[0].position = position;
+    begin = end = next = readable = nullptr;
+    length = 0;
+}
+
+std::uint64_t Cursor::PositionOn(std::size_t level) const {
+    if (begin != nullptr && level == 0) {
+        return static_cast<std::uint64_t>(next - begin) - 1;
+    }
+    if (length == 0 || level > 1 || (level == 1 && !inSpanning)) {
+        return levels[level].position;
+    }
+    return level == 1 ? PointerVector::PositionOf(key) : PointerVector::BelowOf(key);
+}
+
+/// The first cell of a run at or after a position, or null.
+void* Cursor::StartRun(void* const* entries, std::size_t count, std::size_t canBeRead, std::size_t from) {
+    for (std::size_t first = from; first < count; ++first) {
+        if (entries[first] != nullptr) {
+            begin = entries;
+            next = entries + first + 1;
+            end = entries + count;
+            readable = entries + canBeRead;
+            for (std::size_t i = first; i < std::min(first + std::size_t{Ahead}, canBeRead); ++i) {
+                Prefetch(entries[i]);
+            }
+            return entries[first];
+        }
+    }
+    return nullptr;
+}
+
+/// Goes on in a hash, at the entry that the level stands on.
+void* Cursor::StartList(Level const& level) {
+    keyed = &level.node->KeyedAt(0);
+    lastPlace = level.node->LastPlace();
+    at = level.passed;
+    length = level.order.size();
+    for (std::size_t i = at; i < std::min(at + std::size_t{Ahead}, length); ++i) {
+        Prefetch(KeyedInList(i).entry);
+    }
+    key = KeyedInList(at).key;
+    return KeyedInList(at).entry;
+}
+
+void* Cursor::BoxCellAtOrAfter(std::uint64_t from) {
+    Level& level = levels[1];
+    PointerVector const& box = *level.node;
+    std::uint32_t below = PointerVector::BelowOf(from);
+    for (std::uint32_t position = PointerVector::PositionOf(from); position < box.Length(); ++position) {
+        void* const* const entries = box.RowEntries(position);
+        std::size_t const canBeRead = static_cast<std::size_t>(box.BoxEnd() - entries);
+        if (void* const entry = StartRun(entries, box.RowAt(position).length, canBeRead, below)) {
+            level.position = position;
+            return entry;
+        }
+        below = 0;
+    }
+    return nullptr;
+}
+
+void* Cursor::KeyedAtOrAfter(std::size_t number, std::uint64_t from) {
+    Level& level = levels[number];
+    PointerVector const& node = *level.node;
+    bool const isHash = !node.HasOrder();
+    std::size_t const count = isHash ? level.order.size() : node.Places();
+    // A list has few entries; it is searched from its beginning.
+    for (std::size_t i = isHash ? level.passed : 0; i < count; ++i) {
+        PointerVector::KeyedEntry const& found =
+            isHash ? node.KeyedIn(level.order[i]) : node.KeyedAt(static_cast<std::uint32_t>(i));
+        if (found.key >= from && found.entry != nullptr) {
+            level.passed = i;
+            if (isHash && (number == 0 || inSpanning)) {
+                return StartList(level);
+            }
+            level.position = inSpanning ? PointerVector::PositionOf(found.key) : found.key;
+            if (inSpanning) {
+                levels[0].position = PointerVector::BelowOf(found.key);
+            }
+            return found.entry;
+        }
+    }
+    return nullptr;
+}
+
+/// The first entry of a level at or after a key, null when there is none. The level stands on it afterwards.
+void* Cursor::EntryAtOrAfter(std::size_t number, std::uint64_t from) {
+    Level& level = levels[number];
+    inSpanning = level.node->SpansLeaves();
+    if (level.node->IsBox()) {
+        return BoxCellAtOrAfter(from);
+    }
+    void* const* const entries = level.node->DenseEntries();
+    if (entries == nullptr) {
+        return KeyedAtOrAfter(number, from);
+    }
+    std::size_t const count = level.node->Length();
+    if (number == 0) {
+        return StartRun(entries, count, count, static_cast<std::size_t>(from));
+    }
+    for (std::size_t position = static_cast<std::size_t>(from); position < count; ++position) {
         if (entries[position] != nullptr) {
-            Prefetch(entries[std::min(position + Ahead, length - 1)]);
             level.position = position;
             return entries[position];
         }
@@ -69,44 +174,8 @@ void* Cursor::DenseEntryAtOrAfter(Level& level, void* const* entries, std::uint6
     return nullptr;
 }
 
-void Cursor::TakeKey(std::size_t number, std::uint64_t key) {
-    inScattered = levels[number].node->IsScattered();
-    levels[number].position = inScattered ? PointerVector::PositionOf(key) : key;
-    if (inScattered) {
-        levels[0].position = PointerVector::BelowOf(key);
-    }
-}
-
-/// The first entry of a level at or after a key, null when there is none. The level stands on it afterwards.
-void* Cursor::EntryAtOrAfter(std::size_t number, std::uint64_t from) {
-    Level& level = levels[number];
-    PointerVector const& node = *level.node;
-    if (void* const* const entries = node.DenseEntries()) {
-        inScattered = false;
-        return DenseEntryAtOrAfter(level, entries, from);
-    }
-    if (node.IsSorted()) {
-        for (std::uint32_t place = 0; place < node.Places(); ++place) {
-            PointerVector::KeyedEntry const& found = node.KeyedEntries()[place];
-            if (found.key >= from && found.entry != nullptr) {
-                TakeKey(number, found.key);
-                return found.entry;
-            }
-        }
-        return nullptr;
-    }
-    for (; level.at < level.order.size(); ++level.at) {
-        PointerVector::KeyedEntry const& found = node.EntryIn(level.order[level.at]);
-        if (found.key >= from && found.entry != nullptr) {
-            std::size_t const ahead = std::min(level.at + Ahead, level.order.size() - 1);
-            Prefetch(node.EntryIn(level.order[ahead]).entry);
-            TakeKey(number, found.key);
-            return found.entry;
-        }
-    }
-    return nullptr;
-}
-
+/// Goes to the first entry of `level` at or after the key `from`, and down to the first cell below it. Entries without
+/// a cell below are passed over, and so are whole levels; the levels above advance then.
 void Cursor::Seek(std::size_t level, std::uint64_t from) {
     cell = nullptr;
     while (level < levels.size()) {
@@ -114,24 +183,25 @@ void Cursor::Seek(std::size_t level, std::uint64_t from) {
         if (entry == nullptr) {
             ++level;
             from = level < levels.size() ? levels[level].position + 1 : 0;
-            continue;
-        }
-        if (level == 0 || inScattered) {
+        } else if (level == 0 || inSpanning) {
             cell = static_cast<OmCellText*>(entry);
             return;
+        } else {
+            --level;
+            Enter(levels[level], entry);
+            from = 0;
         }
-        --level;
-        Enter(levels[level], entry);
-        from = 0;
     }
 }
 
-void Cursor::Next() {
+/// When the run or list is over, or there is none, or the store has changed.
+void Cursor::NextElsewhere() {
+    Leave();
     if (changes != store->Changes()) {
         FindAgain();
-    } else if (inScattered) {
-        Seek(1, PointerVector::KeyOf(static_cast<std::uint32_t>(levels[1].position),
-                                     static_cast<std::uint32_t>(levels[0].position)) +
+    } else if (inSpanning) {
+        Seek(1, PointerVector::PairOf(static_cast<std::uint32_t>(levels[1].position),
+                                      static_cast<std::uint32_t>(levels[0].position)) +
                     1);
     } else {
         Seek(0, levels[0].position + 1);
@@ -149,9 +219,9 @@ void Cursor::FindAgain() {
     for (std::size_t level = levels.size() - 1;; --level) {
         Level& here = levels[level];
         Enter(here, node);
-        inScattered = here.node->IsScattered();
-        if (level == 0 || inScattered) {
-            Next();
+        inSpanning = here.node->SpansLeaves();
+        if (level == 0 || inSpanning) {
+            NextElsewhere();
             return;
         }
         node = here.node->Entry(static_cast<std::uint32_t>(here.position));
@@ -166,35 +236,36 @@ OmPivotTable::Iterator::Iterator() : _data(nullptr) {}
 
 OmPivotTable::Iterator::Iterator(Data* data) : _data(data) {}
 
+OmPivotTable::Iterator::Data& OmPivotTable::Iterator::Record() const { return static_cast<Data&>(*_data); }
+
 OmPivotTable::Iterator::Iterator(Iterator const& other)
-    : _data(other._data != nullptr ? new Data(*other._data) : nullptr) {}
+    : _data(other._data != nullptr ? new Data(other.Record()) : nullptr) {}
 
 OmPivotTable::Iterator& OmPivotTable::Iterator::operator=(Iterator const& other) {
     if (this != &other) {
-        Data* const copy = other._data != nullptr ? new Data(*other._data) : nullptr;
-        delete _data;
+        Data* const copy = other._data != nullptr ? new Data(other.Record()) : nullptr;
+        delete static_cast<Data*>(_data);
         _data = copy;
     }
     return *this;
 }
 
-OmPivotTable::Iterator::~Iterator() { delete _data; }
+OmPivotTable::Iterator::~Iterator() { delete static_cast<Data*>(_data); }
 
 OmPivotTable::Iterator& OmPivotTable::Iterator::operator++() {
-    if (_data != nullptr && _data->cell != nullptr) {
-        _data->Next();
+    if (_data != nullptr) {
+        Record().Next();
     }
     return *this;
 }
 
-OmCellText* OmPivotTable::Iterator::Cell() const { return _data != nullptr ? _data->cell : nullptr; }
-
 std::vector<int> OmPivotTable::Iterator::Index() const {
     std::vector<int> index;
     if (_data != nullptr) {
-        index.reserve(_data->levels.size());
-        for (Data::Level const& level : _data->levels) {
-            index.push_back(static_cast<int>(level.position));
+        Data const& record = Record();
+        index.reserve(record.levels.size());
+        for (std::size_t k = 0; k < record.levels.size(); ++k) {
+            index.push_back(static_cast<int>(record.PositionOn(k)));
         }
     }
     return index;
@@ -208,7 +279,5 @@ OmPivotTable::ConstIterator& OmPivotTable::ConstIterator::operator++() {
     ++_iterator;
     return *this;
 }
-
-OmCellText const* OmPivotTable::ConstIterator::Cell() const { return _iterator.Cell(); }
 
 std::vector<int> OmPivotTable::ConstIterator::Index() const { return _iterator.Index(); }

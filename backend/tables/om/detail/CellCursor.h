@@ -11,39 +11,96 @@
 
 /// Where an iteration over a table's cells stands: one level for each dimension, level 0 in the leaf.
 ///
+/// Cells side by side, in a dense leaf or in one leaf of a box, are a *run*:
+///
+///     run       +------+------+------+------+------+ - - - +
+///               | cell | null | cell | cell | null |       |
+///               +------+------+------+------+------+ - - - +
+///                  begin        ^ next          end ^       ^ readable: how far slots may be looked at ahead
+///
+/// The cells of a hash are a *list*: its places in the order of their keys.
+///
 /// The cursor remembers nodes, and the order of those that have none of their own. When the store says that something
 /// moved it finds its place anew by the subscripts, so that it goes on behind the cell that it stood on, whatever was
 /// stored or deleted.
-struct OMTREE_LOCAL OmPivotTable::Iterator::Data {
+struct OMTREE_LOCAL OmPivotTable::Iterator::Data : OmPivotTable::Iterator::Head {
     struct Level {
-        std::uint64_t position; ///< subscript
+        std::uint64_t position; ///< subscript; in a run, that where it was begun
         std::size_t size;       ///< the dimension's size when the iteration began
         PointerVector const* node;
         std::vector<std::uint64_t> order; ///< of a hash, its entries by key (PointerVector::Sort)
-        std::size_t at;                   ///< how many of these are passed
+        std::size_t passed;               ///< how many of these
     };
 
     explicit Data(CellStore const& itsStore) : store(&itsStore) {}
 
     /// To the first cell.
     void Start();
-    /// To the next cell. REQUIRES: a cell.
-    void Next();
+
+    /// To the next cell, if there is one.
+    void Next() {
+        if (changes == store->Changes() && next != end) {
+            void* const entry = *next;
+            if (entry != nullptr) {
+                Prefetch(next + Ahead < readable ? next[Ahead] : nullptr);
+                ++next;
+                cell = static_cast<OmCellText*>(entry);
+                return;
+            }
+        }
+        NextInList();
+    }
+
+    /// The current cell's subscript on a level.
+    std::uint64_t PositionOn(std::size_t level) const;
 
     CellStore const* store;
     std::uint64_t changes = 0; ///< of the store, when the nodes were looked up
-    bool inScattered = false;  ///< level 1 stands in a scattered node, level 0 has no node
+
+    // In a run: the slot behind the cell. Elsewhere all four are null.
+    void* const* next = nullptr;
+    void* const* end = nullptr;
+    void* const* readable = nullptr;
+    void* const* begin = nullptr;
+
+    // In a list: the places, the number of the cell among them, how many there are (0 elsewhere), the cell's key.
+    PointerVector::KeyedEntry const* keyed = nullptr;
+    std::uint64_t lastPlace = 0;
+    std::size_t at = 0;
+    std::size_t length = 0;
+    std::uint64_t key = 0;
+
+    bool inSpanning = false; ///< level 1 stands in a node that spans its leaves, level 0 has none
     std::vector<Level> levels;
-    OmCellText* cell = nullptr; ///< null when the iteration is over
 
 private:
-    /// Goes to the first entry of `level` at or after the key `from`, and down to the first cell below it. Entries
-    /// without a cell below are passed over, and so are whole levels; the levels above advance then.
+    PointerVector::KeyedEntry const& KeyedInList(std::size_t i) const {
+        return keyed[levels[inSpanning ? 1 : 0].order[i] & lastPlace];
+    }
+
+    /// How many texts ahead of the current one are fetched into the cache. The texts lie where their stores put them:
+    /// without, a walk of cells that were stored in random order takes three times as long.
+    static constexpr std::ptrdiff_t Ahead = 24;
+
+    /// Fetches what a look at a text's kind and length touches: a short text's head may lie across two cache lines.
+    static void Prefetch([[maybe_unused]] void const* text) {
+#if defined(__GNUC__)
+        constexpr std::size_t LastOfHead = 31;
+        __builtin_prefetch(text);
+        __builtin_prefetch(static_cast<char const*>(text) + LastOfHead);
+#endif
+    }
+
+    void NextInList();
+    void Leave();
+    void NextElsewhere();
     void Seek(std::size_t level, std::uint64_t from);
     void Enter(Level& level, void const* node);
     void* EntryAtOrAfter(std::size_t number, std::uint64_t from);
-    void* DenseEntryAtOrAfter(Level& level, void* const* entries, std::uint64_t from);
-    void TakeKey(std::size_t number, std::uint64_t key);
+    void* KeyedAtOrAfter(std::size_t number, std::uint64_t from);
+    void* BoxCellAtOrAfter(std::uint64_t from);
+    void* StartRun(void* const* entries, std::size_t count, std::size_t canBeRead, std::size_t from);
+    void* StartList(Level const& level);
     PointerVector const* Top() const;
     void FindAgain();
 

@@ -2,6 +2,7 @@
 
 #include "backend/tables/om/detail/PivotTableData.h"
 
+#include <algorithm>
 #include <cstddef>
 #include <cstdint>
 #include <vector>
@@ -34,19 +35,19 @@ void const* Level::Advance(int wanted, int& position) {
         return nullptr;
     }
     while (next < node->Places()) {
-        Node::KeyedEntry const& found = node->KeyedEntries()[next++];
-        if (found.key != Node::NoKey && found.entry != nullptr) {
-            position = static_cast<int>(found.key);
-            return found.entry;
+        std::uint32_t const place = next++;
+        if (node->IsTaken(place) && node->KeyedAt(place).entry != nullptr) {
+            position = static_cast<int>(node->KeyedAt(place).key);
+            return node->KeyedAt(place).entry;
         }
     }
     return nullptr;
 }
 
-/// The cells of a scattered node.
-class ScatteredCells {
+/// The cells of a node that spans its leaves.
+class SpannedCells {
 public:
-    ScatteredCells(Node const& node, int const* wanted, int* index) : _node(node), _wanted(wanted), _index(index) {}
+    SpannedCells(Node const& node, int const* wanted, int* index) : _node(node), _wanted(wanted), _index(index) {}
 
     bool Any() {
         return !VisitAll([](int const*) { return false; }, 0);
@@ -55,19 +56,22 @@ public:
     /// False when a visit said so. With `lowest` 1 the pairs that differ in the lower subscript alone count once.
     template <typename Visit>
     bool VisitAll(Visit&& visit, std::size_t lowest) {
-        if (lowest == 0 && _wanted[1] >= 0 && _wanted[0] >= 0) {
+        if (_wanted[1] >= 0 && _wanted[0] >= 0) {
             _index[1] = _wanted[1];
             _index[0] = _wanted[0];
             bool const isThere =
                 _node.Cell(static_cast<std::uint32_t>(_wanted[1]), static_cast<std::uint32_t>(_wanted[0])) != nullptr;
             return !isThere || visit(_index);
         }
+        if (_node.IsBox()) {
+            return VisitBox(visit, lowest);
+        }
         return lowest == 0 ? VisitPairs(visit) : VisitOrdered(visit);
     }
 
 private:
     bool Takes(Node::KeyedEntry const& found) {
-        if (found.key == Node::NoKey || found.entry == nullptr) {
+        if (found.entry == nullptr) {
             return false;
         }
         _index[1] = static_cast<int>(Node::PositionOf(found.key));
@@ -78,7 +82,7 @@ private:
     template <typename Visit>
     bool VisitPairs(Visit&& visit) {
         for (std::uint32_t place = 0; place < _node.Places(); ++place) {
-            if (Takes(_node.KeyedEntries()[place]) && !visit(_index)) {
+            if (_node.IsTaken(place) && Takes(_node.KeyedAt(place)) && !visit(_index)) {
                 return false;
             }
         }
@@ -92,10 +96,43 @@ private:
         _node.Sort(order, scratch);
         int last = -1;
         for (std::uint64_t const ordered : order) {
-            if (Takes(_node.EntryIn(ordered)) && _index[1] != last) {
+            if (Takes(_node.KeyedIn(ordered)) && _index[1] != last) {
                 last = _index[1];
                 if (!visit(_index)) {
                     return false;
+                }
+            }
+        }
+        return true;
+    }
+
+    template <typename Visit>
+    bool VisitBox(Visit&& visit, std::size_t lowest) {
+        int const rows = static_cast<int>(_node.Length());
+        int const first = _wanted[1] < 0 ? 0 : _wanted[1];
+        int const end = _wanted[1] < 0 ? rows : std::min(rows, _wanted[1] + 1);
+        for (_index[1] = first; _index[1] < end; ++_index[1]) {
+            if (!VisitRow(visit, lowest)) {
+                return false;
+            }
+        }
+        return true;
+    }
+
+    template <typename Visit>
+    bool VisitRow(Visit&& visit, std::size_t lowest) {
+        std::uint32_t const row = static_cast<std::uint32_t>(_index[1]);
+        void* const* const entries = _node.RowEntries(row);
+        int const length = static_cast<int>(_node.RowAt(row).length);
+        int const first = _wanted[0] < 0 ? 0 : _wanted[0];
+        int const end = _wanted[0] < 0 ? length : std::min(length, _wanted[0] + 1);
+        for (_index[0] = first; _index[0] < end; ++_index[0]) {
+            if (entries[_index[0]] != nullptr) {
+                if (!visit(_index)) {
+                    return false;
+                }
+                if (lowest == 1) {
+                    return true;
                 }
             }
         }
@@ -123,8 +160,8 @@ void OmPivotTable::VisitPrefixes(std::size_t lowest, std::vector<int> const& wan
     std::size_t k = n - 1;
     levels[k] = {_my->cells.Root(), 0};
     while (k < n) {
-        if (levels[k].node->IsScattered()) {
-            ScatteredCells cells(*levels[k].node, wanted.data(), index.data());
+        if (levels[k].node->SpansLeaves()) {
+            SpannedCells cells(*levels[k].node, wanted.data(), index.data());
             bool const found = lowest > k && cells.Any();
             if ((found && !visit(index.data())) || (lowest <= k && !cells.VisitAll(visit, lowest))) {
                 return;

@@ -83,16 +83,13 @@ OmDimension& OmPivotTable::Data::Append(OmDimension* dimension) {
 
 // --- cell store ------------------------------------------------------------------------------------------------------
 
-void OmPivotTable::Data::CheckIndex(std::vector<int> const& index) const {
+void OmPivotTable::Data::RefuseIndex(std::vector<int> const& index) const {
     if (index.size() != _dimensions.size()) {
         throw OMSException("OmPivotTable::Cell() -- nind != _my->_dimensions.size()", static_cast<double>(index.size()),
                            static_cast<double>(_dimensions.size()));
     }
-    for (int const subscript : index) {
-        if (subscript < 0) {
-            throw OMSException("OmPivotTable::Cell() -- subscript < 0", subscript);
-        }
-    }
+    throw OMSException("OmPivotTable::Cell() -- subscript < 0",
+                       *std::find_if(index.begin(), index.end(), [](int subscript) { return subscript < 0; }));
 }
 
 void OmPivotTable::Data::Store(std::vector<int> const& index, OmCellText const* cell) {
@@ -101,17 +98,28 @@ void OmPivotTable::Data::Store(std::vector<int> const& index, OmCellText const* 
                            0.0);
     }
     CheckIndex(index);
-    CellStore::Place place = cells.Grow(index.data());
+    CellStore::Place const place = cells.Grow(index.data());
+    if (cell == nullptr || CellStore::CellAt(place) != nullptr) {
+        Replace(place, index, cell);
+        return;
+    }
+    // A foreign text may use the table while it is cloned, which moves places.
+    std::uint64_t const changes = cells.Changes();
+    OmCellText* const clone = cell->Clone(this);
+    cells.Put(changes == cells.Changes() ? place : cells.Grow(index.data()), clone);
+    clone->Accept(helper);
+}
+
+void OmPivotTable::Data::Replace(CellStore::Place place, std::vector<int> const& index, OmCellText const* cell) {
     std::uint64_t changes = cells.Changes();
-    // A foreign text may use the table while it goes or is cloned, which moves places.
-    auto const placeNow = [&] {
+    auto const put = [&](OmCellText* text) {
         if (changes != cells.Changes()) {
             place = cells.Grow(index.data());
             changes = cells.Changes();
         }
-        return place;
+        cells.Put(place, text);
     };
-    OmCellText* const old = place.Cell();
+    OmCellText* const old = CellStore::CellAt(place);
 
     std::unique_ptr<OmCellMetaData> saved;
     if (old != nullptr && old->hasMeta()) {
@@ -120,17 +128,15 @@ void OmPivotTable::Data::Store(std::vector<int> const& index, OmCellText const* 
     // The place is empty while the old text goes and the new one comes, so that a failing clone leaves no dead pointer.
     // A cell that is stored into its own place is the one case that is cloned before.
     OmCellText* clone = cell != nullptr && cell == old ? cell->Clone(this) : nullptr;
-    if (old != nullptr) {
-        cells.Put(placeNow(), nullptr);
-        delete old;
-    }
+    put(nullptr);
+    delete old;
     if (cell == nullptr) {
         return;
     }
     if (clone == nullptr) {
         clone = cell->Clone(this);
     }
-    cells.Put(placeNow(), clone);
+    put(clone);
     clone->Accept(helper);
     if (saved != nullptr) {
         clone->setMeta(saved.get());

@@ -49,15 +49,31 @@ public:
     /// Adopts it, records its number in it and visits its name.
     OmDimension& Append(OmDimension* dimension);
 
-    void CheckIndex(std::vector<int> const& index) const;
+    void CheckIndex(std::vector<int> const& index) const {
+        int signs = 0;
+        for (int const subscript : index) {
+            signs |= subscript;
+        }
+        if (index.size() != _dimensions.size() || signs < 0) {
+            RefuseIndex(index);
+        }
+    }
+    [[noreturn]] void RefuseIndex(std::vector<int> const& index) const;
     OmCellText* Find(std::vector<int> const& index) const {
-        if (index.size() == cells.Levels() && cells.IsInside(index.data()) && !index.empty()) {
+        if (index.size() != cells.Levels()) {
+            RefuseIndex(index);
+        }
+        CellStore::Reach const reach = cells.ReachOf(index.data());
+        if (reach.inside && !index.empty()) {
             return cells.Find(index.data());
         }
-        CheckIndex(index);
+        if (reach.negative) {
+            RefuseIndex(index);
+        }
         return nullptr;
     }
     void Store(std::vector<int> const& index, OmCellText const* cell);
+    void Replace(CellStore::Place place, std::vector<int> const& index, OmCellText const* cell);
     void Remove(std::vector<int> const& index);
 
     void ReindexAxis();

@@ -14,42 +14,35 @@ namespace {
 constexpr std::uint32_t FewestSlots = 4;
 constexpr std::uint32_t FewestPlaces = 16;
 constexpr std::uint32_t ListMost = OMTREE_NODE_LIST_MOST;
-static_assert(ListMost != 0 && (ListMost & (ListMost - 1)) == 0, "capacities are powers of two");
-static_assert(sizeof(Node) % alignof(void*) == 0 && alignof(Node::KeyedEntry) == alignof(void*));
 
-/// Smallest power of two that is at least `count`.
+static_assert(ListMost != 0 && (ListMost & (ListMost - 1)) == 0, "a list doubles up to its bound");
+static_assert(sizeof(Node) % alignof(void*) == 0 && sizeof(Node::Row) == sizeof(void*));
+
+/// Smallest power of two that is at least `count` and `least`, which is one.
 std::uint32_t PowerAtLeast(std::uint64_t count, std::uint32_t least) {
-    std::uint32_t power = least;
-    while (power < count) {
-        power *= 2;
-    }
-    return power;
+    return std::max(least, static_cast<std::uint32_t>(std::bit_ceil(count)));
 }
 
-unsigned BitsOf(std::uint64_t value) {
-    unsigned bits = 0;
-    for (; value != 0; value >>= 1) {
-        ++bits;
-    }
-    return bits;
-}
+std::uint32_t InFours(std::uint64_t count) { return static_cast<std::uint32_t>((count + 3) / 4 * 4); }
 
 /// Sorts by the bits from `low` to `high` of each number, digit by digit, lowest first.
 void RadixSort(std::vector<std::uint64_t>& numbers, std::vector<std::uint64_t>& scratch, unsigned low, unsigned high) {
     constexpr unsigned DigitBits = 8;
+    constexpr std::uint64_t Digit = (1U << DigitBits) - 1;
     scratch.resize(numbers.size());
     for (unsigned shift = low; shift < high; shift += DigitBits) {
-        std::array<std::uint32_t, 1U << DigitBits> starts{};
+        std::array<std::uint32_t, Digit + 1> starts{};
         for (std::uint64_t const number : numbers) {
-            ++starts[number >> shift & (starts.size() - 1)];
+            ++starts[number >> shift & Digit];
         }
         std::uint32_t next = 0;
         for (std::uint32_t& start : starts) {
             next += start;
             start = next - start;
         }
+        std::uint64_t* const sorted = scratch.data();
         for (std::uint64_t const number : numbers) {
-            scratch[starts[number >> shift & (starts.size() - 1)]++] = number;
+            sorted[starts[number >> shift & Digit]++] = number;
         }
         numbers.swap(scratch);
     }
@@ -59,92 +52,93 @@ void RadixSort(std::vector<std::uint64_t>& numbers, std::vector<std::uint64_t>& 
 
 // --- making ----------------------------------------------------------------------------------------------------------
 
-Node* Node::Allocate(OmMemoryRegion& region, Form form, bool scattered, std::uint32_t capacity) {
-    Node* const node = ::new (region.Allocate(BytesFor(form, capacity))) Node(form, scattered, capacity);
-    if (form == Form::Dense) {
-        std::fill_n(node->Slots(), capacity, nullptr);
-    } else {
-        std::fill_n(node->Keyed(), capacity, KeyedEntry{NoKey, nullptr});
+Node* Node::Allocate(OmMemoryRegion& region, Form form, bool spans, std::uint32_t capacity, std::uint32_t stride) {
+    std::size_t const slots = form == Form::Box ? std::size_t{capacity} * stride : capacity;
+    std::size_t const bytes = form == Form::Dense  ? slots * sizeof(void*)
+                              : form == Form::Box  ? slots * sizeof(void*) + capacity * sizeof(Row)
+                              : form == Form::List ? slots * sizeof(KeyedEntry)
+                                                   : slots * (sizeof(KeyedEntry) + 1) + TagGroup;
+    Node* const node = ::new (region.Allocate(sizeof(Node) + bytes)) Node(form, spans, capacity, stride);
+    if (form == Form::Hash) {
+        std::memset(node->Tags(), 0, slots + TagGroup);
+    } else if (form != Form::List) {
+        std::memset(static_cast<void*>(node + 1), 0, bytes);
     }
     return node;
 }
 
-Node* Node::Make(OmMemoryRegion& region, void*& link, bool isLowestButOne, std::uint32_t first) {
-    bool const scattered = isLowestButOne && OMTREE_NODE_SCATTERS != 0;
-    bool const dense = !scattered && IsDense(std::uint64_t{first} + 1, 1);
-    Node* const node = dense ? Allocate(region, Form::Dense, false, PowerAtLeast(std::uint64_t{first} + 1, FewestSlots))
-                             : Allocate(region, Form::List, scattered, 1);
-    link = node;
-    return node;
+void Node::Make(OmMemoryRegion& region, void*& link, bool isAboveLeaves, std::uint32_t first) {
+    bool const spans = isAboveLeaves && OMTREE_NODE_PAIRS != 0;
+    std::uint64_t const length = std::uint64_t{first} + 1;
+    link = !spans && IsDense(length, 1) ? Allocate(region, Form::Dense, false, PowerAtLeast(length, FewestSlots))
+                                        : Allocate(region, Form::List, spans, 1);
 }
 
 void Node::Destroy(Node* node) { OmMemoryRegion::Release(node); }
 
 // --- keyed entries ---------------------------------------------------------------------------------------------------
 
-Node::KeyedEntry const* Node::FindInList(Key key) const {
-    KeyedEntry const* const entries = Keyed();
-    for (std::uint32_t place = 0; place < _keys; ++place) {
-        if (entries[place].key == key) {
-            return entries + place;
-        }
-    }
-    return nullptr;
-}
-
-/// Grows the lengths to take in a key.
-void Node::Include(Key key) {
-    std::uint32_t const position = _scattered ? PositionOf(key) : BelowOf(key);
-    _length = std::max(_length, position + 1);
-    if (_scattered) {
-        _width = std::max(_width, BelowOf(key) + 1);
+void Node::SetTag(std::uint32_t place, unsigned char tag) {
+    Tags()[place] = tag;
+    // A group that begins at one of the last places reads on here.
+    if (place < TagGroup) {
+        Tags()[_capacity + place] = tag;
     }
 }
 
-/// The place for a key that is not there. REQUIRES: there is room.
+void* Node::KeyedEntryOf(Key key) const {
+    KeyedEntry const* const found = Find(key);
+    return found != nullptr ? found->entry : nullptr;
+}
+
+/// Takes the place for a key that is not there. REQUIRES: there is room.
 Node::KeyedEntry* Node::PlaceFor(Key key) {
     KeyedEntry* const entries = Keyed();
+    std::uint32_t place = _keys;
     if (_form == Form::Hash) {
-        std::uint32_t place = HomeOf(key);
-        while (entries[place].key != NoKey) {
+        std::uint64_t const hash = HashOf(key);
+        place = HomeOf(hash);
+        while (Tags()[place] != 0) {
             place = (place + 1) & (_capacity - 1);
         }
-        return entries + place;
+        SetTag(place, TagOf(hash));
+    } else {
+        for (; place > 0 && entries[place - 1].key > key; --place) {
+            entries[place] = entries[place - 1];
+        }
     }
-    std::uint32_t place = _keys;
-    for (; place > 0 && entries[place - 1].key > key; --place) {
-        entries[place] = entries[place - 1];
-    }
+    ++_keys;
     return entries + place;
 }
 
-/// Puts what the node holds into a new block, which takes the old one's place.
-void Node::Reform(OmMemoryRegion& region, void*& link, Form form, std::uint32_t capacity, std::uint32_t length) {
+/// Puts an entry into a node that has room for it and does not have it; lengths are set otherwise.
+void Node::Append(Key key, void* entry) {
+    if (_form == Form::Dense) {
+        Slots()[key] = entry;
+    } else {
+        *PlaceFor(key) = KeyedEntry{key, entry};
+    }
+}
+
+/// Puts what a node without box holds into a new block, which takes the old one's place.
+void Node::Reform(OmMemoryRegion& region, void*& link, Form form, std::uint32_t capacity) {
     Node* const old = static_cast<Node*>(link);
-    Node* const node = Allocate(region, form, old->_scattered, capacity);
-    node->_length = std::max(old->_length, length);
+    Node* const node = Allocate(region, form, old->_spans, capacity);
+    node->_length = old->_length;
     node->_width = old->_width;
     node->_present = old->_present;
-    auto const take = [node](Key key, void* entry) {
-        if (node->_form == Form::Dense) {
-            node->Slots()[key] = entry;
-        } else {
-            *node->PlaceFor(key) = KeyedEntry{key, entry};
-            ++node->_keys;
-        }
-    };
     if (old->_form == Form::Dense && form == Form::Dense) {
-        std::memcpy(node->Slots(), old->Slots(), old->_length * sizeof(void*));
+        std::memcpy(static_cast<void*>(node + 1), static_cast<void const*>(old + 1), old->_length * sizeof(void*));
     } else if (old->_form == Form::Dense) {
         for (std::uint32_t position = 0; position < old->_length; ++position) {
             if (old->Slots()[position] != nullptr) {
-                take(KeyOf(position), old->Slots()[position]);
+                node->Append(position, old->Slots()[position]);
             }
         }
     } else {
         for (std::uint32_t place = 0; place < old->Places(); ++place) {
-            if (old->Keyed()[place].key != NoKey) {
-                take(old->Keyed()[place].key, old->Keyed()[place].entry);
+            if (old->IsTaken(place)) {
+                node->Append(old->Keyed()[place].key, old->Keyed()[place].entry);
             }
         }
     }
@@ -153,92 +147,183 @@ void Node::Reform(OmMemoryRegion& region, void*& link, Form form, std::uint32_t 
 }
 
 /// A new key in a list or a hash, which grows, or changes from the one to the other, when it is full.
-void** Node::AddKey(OmMemoryRegion& region, void*& link, Key key, bool& moved) {
+Node::Place Node::AddKey(OmMemoryRegion& region, void*& link, Key key, bool& moved) {
     Node* node = static_cast<Node*>(link);
     // In a list the later entries make room.
     moved = moved || node->IsFull() || node->_form == Form::List;
     if (node->IsFull()) {
         bool const toList = node->_form == Form::List && node->_capacity < ListMost;
         Reform(region, link, toList ? Form::List : Form::Hash,
-               toList ? 2 * node->_capacity : PowerAtLeast(2 * std::uint64_t{node->_keys}, FewestPlaces), 0);
+               toList ? 2 * node->_capacity : PowerAtLeast(2 * std::uint64_t{node->_keys}, FewestPlaces));
         node = static_cast<Node*>(link);
     }
     KeyedEntry* const place = node->PlaceFor(key);
     *place = KeyedEntry{key, nullptr};
-    ++node->_keys;
-    node->Include(key);
-    return &place->entry;
+    node->_length = std::max(node->_length, (node->_spans ? PositionOf(key) : BelowOf(key)) + 1);
+    if (node->_spans) {
+        node->_width = std::max(node->_width, BelowOf(key) + 1);
+    }
+    return {node, &place->entry, nullptr};
 }
 
 // --- growing ---------------------------------------------------------------------------------------------------------
 
-void** Node::GrowSlowly(OmMemoryRegion& region, void*& link, std::uint32_t position, bool& moved) {
-    Node& node = *static_cast<Node*>(link);
-    bool const wasDense = node._form == Form::Dense;
-    KeyedEntry* const found = wasDense ? nullptr : node.Find(KeyOf(position));
+Node::Place Node::GrowSlowly(OmMemoryRegion& region, void*& link, std::uint32_t position, bool& moved) {
+    Node* node = static_cast<Node*>(link);
+    bool const wasDense = node->_form == Form::Dense;
+    KeyedEntry const* const found = wasDense ? nullptr : node->Find(position);
     if (found != nullptr) {
-        return &found->entry;
+        return {node, &node->Keyed()[found - node->Keyed()].entry, nullptr};
     }
-    std::uint64_t const length = std::max<std::uint64_t>(node._length, std::uint64_t{position} + 1);
-    std::uint32_t const taken = wasDense ? node._present : node._keys;
-    if (node.IsFull() && IsDense(length, std::uint64_t{taken} + 1)) {
+    std::uint64_t const length = std::max<std::uint64_t>(node->_length, std::uint64_t{position} + 1);
+    std::uint64_t const taken = wasDense ? node->_present : node->_keys;
+    if (node->IsFull() && IsDense(length, taken + 1)) {
         moved = true;
-        Reform(region, link, Form::Dense, PowerAtLeast(length, FewestSlots), static_cast<std::uint32_t>(length));
-        return static_cast<Node*>(link)->Slots() + position;
+        Reform(region, link, Form::Dense, PowerAtLeast(length, FewestSlots));
+        node = static_cast<Node*>(link);
+        node->_length = static_cast<std::uint32_t>(length);
+        return {node, node->Slots() + position, nullptr};
     }
     if (wasDense) {
         moved = true;
         bool const toList = taken < ListMost;
         Reform(region, link, toList ? Form::List : Form::Hash,
-               toList ? PowerAtLeast(std::uint64_t{taken} + 1, 1)
-                      : PowerAtLeast(2 * (std::uint64_t{taken} + 1), FewestPlaces),
-               0);
+               toList ? PowerAtLeast(taken + 1, 1) : PowerAtLeast(2 * (taken + 1), FewestPlaces));
     }
-    return AddKey(region, link, KeyOf(position), moved);
+    return AddKey(region, link, position, moved);
 }
 
-void** Node::GrowCell(OmMemoryRegion& region, void*& link, std::uint32_t position, std::uint32_t below, bool& moved) {
-    Node& node = *static_cast<Node*>(link);
-    Key const key = KeyOf(position, below);
-    KeyedEntry* const found = node.Find(key);
+Node::Place Node::GrowCellSlowly(OmMemoryRegion& region, void*& link, std::uint32_t position, std::uint32_t below,
+                                 bool& moved) {
+    Node* node = static_cast<Node*>(link);
+    bool const isBox = node->_form == Form::Box;
+    Key const key = PairOf(position, below);
+    KeyedEntry const* const found = isBox ? nullptr : node->Find(key);
     if (found != nullptr) {
-        return &found->entry;
+        return {node, &node->Keyed()[found - node->Keyed()].entry, nullptr};
     }
-    if (node._keys >= ListMost && node.IsFull()) {
-        std::uint64_t const length = std::max<std::uint64_t>(node._length, std::uint64_t{position} + 1);
-        std::uint64_t const width = std::max<std::uint64_t>(node._width, std::uint64_t{below} + 1);
-        // Subscripts are below 2^31, so the product fits.
-        if (IsDense(length * width, std::uint64_t{node._keys} + 1)) {
-            moved = true;
-            Split(region, link);
-            return nullptr;
+    std::uint64_t const length = std::max<std::uint64_t>(node->_length, std::uint64_t{position} + 1);
+    std::uint64_t const width = std::max<std::uint64_t>(node->_width, std::uint64_t{below} + 1);
+    // Subscripts are below 2^31, so the product fits.
+    bool const fitsBox = IsDense(length * width, std::uint64_t{isBox ? node->_present : node->_keys} + 1);
+    if (isBox && !fitsBox) {
+        moved = true;
+        Split(region, link);
+        return {};
+    }
+    if (!isBox && !(fitsBox && node->_keys >= ListMost && node->IsFull())) {
+        return AddKey(region, link, key, moved);
+    }
+    moved = true;
+    isBox ? GrowBox(region, link, length, width) : KeysToBox(region, link, length, width);
+    return static_cast<Node*>(link)->TakeIntoBox(position, below);
+}
+
+// --- boxes -----------------------------------------------------------------------------------------------------------
+
+/// Makes room for more leaves, or longer ones. The first leaf doubles, as nobody knows its end yet; when the second one
+/// comes the stride is cut to what the first took.
+void Node::GrowBox(OmMemoryRegion& region, void*& link, std::uint64_t length, std::uint64_t width) {
+    Node* const old = static_cast<Node*>(link);
+    std::uint32_t stride = old->_stride;
+    if (width > stride) {
+        stride = old->_length <= 1 ? PowerAtLeast(width, FewestSlots)
+                                   : InFours(std::max<std::uint64_t>(width, stride + std::uint64_t{stride} / 4));
+    } else if (old->_length <= 1) {
+        stride = InFours(width);
+    }
+    std::uint32_t capacity = old->_capacity;
+    if (length > capacity) {
+        capacity =
+            static_cast<std::uint32_t>(std::max<std::uint64_t>(length, capacity + std::uint64_t{capacity} / 2 + 2));
+    }
+    Node* const node = Allocate(region, Form::Box, true, capacity, stride);
+    node->_length = old->_length;
+    node->_width = old->_width;
+    node->_keys = old->_keys;
+    node->_present = old->_present;
+    for (std::uint32_t position = 0; position < old->_length; ++position) {
+        node->Rows()[position] = old->Rows()[position];
+        std::memcpy(node->Slots() + std::size_t{position} * stride, old->RowEntries(position),
+                    old->Rows()[position].length * sizeof(void*));
+    }
+    link = node;
+    OmMemoryRegion::Release(old);
+}
+
+void Node::KeysToBox(OmMemoryRegion& region, void*& link, std::uint64_t length, std::uint64_t width) {
+    Node* const old = static_cast<Node*>(link);
+    Node* const node = Allocate(region, Form::Box, true, static_cast<std::uint32_t>(length), InFours(width));
+    for (std::uint32_t place = 0; place < old->Places(); ++place) {
+        if (old->IsTaken(place)) {
+            KeyedEntry const& cell = old->Keyed()[place];
+            Place const taken = node->TakeIntoBox(PositionOf(cell.key), BelowOf(cell.key));
+            *taken.entry = cell.entry;
+            if (cell.entry != nullptr) {
+                CountIn(taken);
+            }
         }
     }
-    return AddKey(region, link, key, moved);
+    link = node;
+    OmMemoryRegion::Release(old);
 }
+
+void Node::GiveUpKeys(OmMemoryRegion& region, void*& link) {
+    Node const& node = *static_cast<Node*>(link);
+    if (IsDense(std::uint64_t{node._length} * node._width, node._keys)) {
+        KeysToBox(region, link, node._length, node._width);
+    } else {
+        Split(region, link);
+    }
+}
+
+// --- splitting -------------------------------------------------------------------------------------------------------
 
 void Node::Split(OmMemoryRegion& region, void*& link) {
     Node* const old = static_cast<Node*>(link);
-    std::vector<std::uint64_t> order;
-    std::vector<std::uint64_t> scratch;
-    old->Sort(order, scratch);
     std::vector<void*> leaves;
-    bool moved = false;
+    std::vector<KeyedEntry> cells;
     void* top = nullptr;
+    bool moved = false;
+    auto const putLeaf = [&](std::uint32_t position, std::uint32_t length) {
+        leaves.push_back(nullptr);
+        leaves.back() = old->NewLeaf(region, cells, length);
+        Place const place = Grow(region, top, position, moved);
+        *place.entry = leaves.back();
+        CountIn(place);
+        cells.clear();
+    };
     try {
         Make(region, top, false, old->_length != 0 ? old->_length - 1 : 0);
-        std::size_t first = 0;
-        while (first < order.size()) {
-            std::uint32_t const position = PositionOf(old->EntryIn(order[first]).key);
-            std::size_t last = first + 1;
-            while (last < order.size() && PositionOf(old->EntryIn(order[last]).key) == position) {
-                ++last;
+        if (old->_form == Form::Box) {
+            for (std::uint32_t position = 0; position < old->_length; ++position) {
+                std::uint32_t const length = old->Rows()[position].length;
+                for (std::uint32_t below = 0; below < length; ++below) {
+                    if (old->RowEntries(position)[below] != nullptr) {
+                        cells.push_back({below, old->RowEntries(position)[below]});
+                    }
+                }
+                if (length != 0) {
+                    putLeaf(position, length);
+                }
             }
-            leaves.push_back(nullptr);
-            old->MakeLeaf(region, leaves.back(), order.data() + first, order.data() + last);
-            *Grow(region, top, position, moved) = leaves.back();
-            static_cast<Node*>(top)->CountIn();
-            first = last;
+        } else {
+            std::vector<std::uint64_t> order;
+            std::vector<std::uint64_t> scratch;
+            old->Sort(order, scratch);
+            for (std::size_t i = 0; i < order.size(); ++i) {
+                KeyedEntry const& cell = old->KeyedIn(order[i]);
+                cells.push_back({BelowOf(cell.key), cell.entry});
+                bool const isLast =
+                    i + 1 == order.size() || PositionOf(old->KeyedIn(order[i + 1]).key) != PositionOf(cell.key);
+                if (isLast) {
+                    putLeaf(PositionOf(cell.key), BelowOf(cell.key) + 1);
+                }
+            }
+        }
+        if (static_cast<Node*>(top)->_length < old->_length) {
+            // The last positions have lost their leaves.
+            Grow(region, top, old->_length - 1, moved);
         }
     } catch (...) {
         std::for_each(leaves.begin(), leaves.end(), OmMemoryRegion::Release);
@@ -249,49 +334,48 @@ void Node::Split(OmMemoryRegion& region, void*& link) {
     OmMemoryRegion::Release(old);
 }
 
-/// The leaf for a scattered node's keys of one position. Its last key tells the form that it will have.
-void Node::MakeLeaf(OmMemoryRegion& region, void*& link, std::uint64_t const* first, std::uint64_t const* last) const {
-    std::uint64_t const length = std::uint64_t{BelowOf(EntryIn(last[-1]).key)} + 1;
-    std::uint64_t const cells = static_cast<std::uint64_t>(last - first);
-    bool const dense = IsDense(length, cells);
-    bool const list = cells <= ListMost;
-    Node* const leaf = Allocate(region,
-                                dense  ? Form::Dense
-                                : list ? Form::List
-                                       : Form::Hash,
-                                false,
-                                dense  ? PowerAtLeast(length, FewestSlots)
-                                : list ? PowerAtLeast(cells, 1)
-                                       : PowerAtLeast(2 * cells, FewestPlaces));
-    link = leaf;
-    bool moved = false;
-    for (; first != last; ++first) {
-        KeyedEntry const& cell = EntryIn(*first);
-        *Grow(region, link, BelowOf(cell.key), moved) = cell.entry;
+/// A leaf with these cells, ascending, and this length, in the form that suits them.
+void* Node::NewLeaf(OmMemoryRegion& region, std::vector<KeyedEntry> const& cells, std::uint32_t length) const {
+    Form const form = IsDense(length, cells.size()) ? Form::Dense : cells.size() <= ListMost ? Form::List : Form::Hash;
+    Node* const leaf = Allocate(region, form, false,
+                                form == Form::Dense  ? PowerAtLeast(length, FewestSlots)
+                                : form == Form::List ? PowerAtLeast(cells.size(), 1)
+                                                     : PowerAtLeast(2 * cells.size(), FewestPlaces));
+    for (KeyedEntry const& cell : cells) {
+        leaf->Append(cell.key, cell.entry);
         leaf->_present += cell.entry != nullptr ? 1 : 0;
     }
+    leaf->_length = length;
+    return leaf;
 }
 
 // --- order -----------------------------------------------------------------------------------------------------------
 
 void Node::Sort(std::vector<std::uint64_t>& order, std::vector<std::uint64_t>& scratch) const {
     constexpr std::size_t FewestForRadix = 48; // below, the digits' counters cost more than comparisons
-    order.clear();
     KeyedEntry const* const entries = Keyed();
     std::uint64_t const width = std::max<std::uint32_t>(_width, 1);
-    unsigned const placeBits = BitsOf(_capacity - 1);
+    unsigned const placeBits = static_cast<unsigned>(std::bit_width(_capacity - 1));
     // A key as a number below length * width, in front of its place: one word for each entry.
-    unsigned const keyBits = BitsOf(_length * width);
+    unsigned const keyBits = static_cast<unsigned>(std::bit_width(_length * width));
     bool const fits = keyBits + placeBits <= 64;
-    for (std::uint32_t place = 0; place < Places(); ++place) {
+    order.resize(_keys);
+    std::uint64_t* next = order.data();
+    auto const add = [&](std::uint32_t place) {
         Key const key = entries[place].key;
-        if (key != NoKey) {
-            std::uint64_t const rank = _scattered ? PositionOf(key) * width + BelowOf(key) : key;
-            order.push_back((fits ? rank << placeBits : 0) | place);
+        std::uint64_t const rank = _spans ? PositionOf(key) * width + BelowOf(key) : key;
+        *next++ = (fits ? rank << placeBits : 0) | place;
+    };
+    if (_form == Form::List) {
+        for (std::uint32_t place = 0; place < _keys; ++place) {
+            add(place);
         }
-    }
-    if (IsSorted()) {
         return;
+    }
+    for (std::uint32_t first = 0; first < _capacity; first += TagGroup) {
+        for (std::uint64_t taken = TagsAt(Tags() + first) & TagTops; taken != 0; taken &= taken - 1) {
+            add(first + LowestByte(taken));
+        }
     }
     if (fits && order.size() < FewestForRadix) {
         std::sort(order.begin(), order.end());
@@ -299,6 +383,6 @@ void Node::Sort(std::vector<std::uint64_t>& order, std::vector<std::uint64_t>& s
         RadixSort(order, scratch, placeBits, placeBits + keyBits);
     } else {
         std::sort(order.begin(), order.end(),
-                  [this](std::uint64_t a, std::uint64_t b) { return EntryIn(a).key < EntryIn(b).key; });
+                  [this](std::uint64_t a, std::uint64_t b) { return KeyedIn(a).key < KeyedIn(b).key; });
     }
 }

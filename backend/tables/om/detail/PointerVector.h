@@ -3,15 +3,16 @@
 
 #include "backend/tables/om/OmPivotTable.h"
 
+#include <bit>
 #include <cstddef>
 #include <cstdint>
-#include <utility>
+#include <cstring>
 #include <vector>
 
 // Where nodes change their form. The tests build the store with other values too, so that small tables meet every form
 // and every way from one form to another.
 #ifndef OMTREE_NODE_LIST_MOST
-#define OMTREE_NODE_LIST_MOST 8
+#define OMTREE_NODE_LIST_MOST 8 // a power of two
 #endif
 #ifndef OMTREE_NODE_DENSE_FACTOR
 #define OMTREE_NODE_DENSE_FACTOR 4
@@ -19,199 +20,320 @@
 #ifndef OMTREE_NODE_DENSE_SLACK
 #define OMTREE_NODE_DENSE_SLACK 4
 #endif
-#ifndef OMTREE_NODE_SCATTERS
-#define OMTREE_NODE_SCATTERS 1
+#ifndef OMTREE_NODE_PAIRS
+#define OMTREE_NODE_PAIRS 1
 #endif
 
 /// One node of a table's cell store: what a growable vector of entries means, each null or a child, in the least memory
 /// and with the fewest cache misses.
 ///
 /// A node means a logical length and entries below it, null unless put there. How it keeps them depends on what is in
-/// it; head and entries are one block:
+/// it. Head and entries are one block:
 ///
 ///     Dense    +------+----------------------------------+   one slot for each position; while a quarter of the
-///              | head | slot 0 | slot 1 | slot 2 | ...   |   positions below the length are taken, or the node is
-///              +------+----------------------------------+   short
+///              | head | slot 0 | slot 1 | slot 2 | ...   |   positions below the length are taken
+///              +------+----------------------------------+
 ///
 ///     List     +------+--------------+--------------+        up to 8 entries of their own, sorted by key
 ///              | head | key, entry   | key, entry   | ...
 ///              +------+--------------+--------------+
 ///
-///     Hash     +------+--------------+--------------+        open addressing with linear probing, a power of two of
-///              | head | key, entry   | (no key)     | ...    places, at most three quarters of them taken
-///              +------+--------------+--------------+
+///     Hash     +------+--------------+-----+-------------+   open addressing with linear probing, a power of two of
+///              | head | key, entry   | ... | tags, bytes |   places, at most three quarters of them taken; a tag is 0
+///              +------+--------------+-----+-------------+   or has 7 bits of the hash, and is asked first
 ///
-/// A node above the leaves may stand for its leaves as well; it is called *scattered*. Its keys are pairs of
-/// subscripts, (its own, that in the leaf), its entries are cells, and its form is List or Hash. A million cells at
-/// random places of a large table take 28 bytes of store each that way and a look-up one cache miss, where a leaf for
-/// every one or two cells takes 48 bytes and two misses. A leaf is there when some key has its subscript, and its
-/// length is the largest second subscript of those keys plus one, which is right as long as cells only come: a key
-/// whose cell is null counts. Before a cell is deleted the node is split into leaves, and also when a quarter of the
-/// box that its keys span is taken. A node that was split stays so.
+/// (The tags of a million cells are two megabytes, which the caches keep: an absent cell of a sparse table is turned
+/// away by them in a third of the time that keys alone take. A present one has its entry fetched meanwhile.)
+///
+/// A node right above the leaves stands for its leaves as well, as long as that serves; it *spans* them. Its keys are
+/// pairs of subscripts (its own, that in the leaf), its entries are cells, and it is a List, a Hash or a
+///
+///     Box      +------+-----------------+-----------------+-----+-------------------------------+
+///              | head | slots of leaf 0 | slots of leaf 1 | ... | length and cells of each leaf |
+///              +------+-----------------+-----------------+-----+-------------------------------+
+///                     |<--- stride ---->|
+///
+/// A dense table is found by one load below the box's head, a sparse one by one cache miss: a leaf of its own for the
+/// one or two cells that a leaf of a sparse table holds costs 48 bytes and a second miss. In a list or a hash a leaf is
+/// there when some key has its subscript, and its length is the largest second subscript of those keys plus one. That
+/// is right as long as cells only come, and a key whose cell is null counts. Before a cell is deleted a node of keys is
+/// therefore turned into a box, or split into leaves, which it then stays. A box that would become sparse is split too.
 ///
 /// A node is known by the one place that holds its address (`link`: the slot of the node above, or the store's root),
-/// because it moves when it grows. The node owns no entry.
+/// because it moves when it grows. The node owns no entry. Whatever throws std::bad_alloc leaves the node as it was.
 class OMTREE_LOCAL OmPivotTable::PointerVector {
 public:
     using Key = std::uint64_t;
 
-    /// The key of an entry that is no pair.
-    static Key KeyOf(std::uint32_t position) { return position; }
-    /// The key of a scattered node: the subscript in this node, and that in the leaf.
-    static Key KeyOf(std::uint32_t position, std::uint32_t below) { return Key{position} << 32 | below; }
+    /// The key of a node that spans its leaves: the subscript in this node, and that in the leaf.
+    static Key PairOf(std::uint32_t position, std::uint32_t below) { return Key{position} << 32 | below; }
     static std::uint32_t PositionOf(Key pair) { return static_cast<std::uint32_t>(pair >> 32); }
     static std::uint32_t BelowOf(Key pair) { return static_cast<std::uint32_t>(pair); }
 
     struct KeyedEntry {
-        Key key;
+        Key key; ///< a position, or a pair
         void* entry;
+    };
+
+    /// A leaf inside a box.
+    struct Row {
+        std::uint32_t length; ///< 0: the leaf is not there
+        std::uint32_t present;
+    };
+
+    /// Where an entry stands: valid until `moved` is raised by a growth, and for the node until it is destroyed.
+    struct Place {
+        PointerVector* node;
+        void** entry;
+        Row* row; ///< of a box, else null
     };
 
     PointerVector(PointerVector const&) = delete;
     PointerVector& operator=(PointerVector const&) = delete;
 
-    /// A new node without entries in `link`. `isLowestButOne` says that its children would be leaves, so that it starts
-    /// scattered; `first` is the position that is grown first.
-    static PointerVector* Make(OmMemoryRegion& region, void*& link, bool isLowestButOne, std::uint32_t first);
+    /// A new node without entries in `link`. `isAboveLeaves` says that its children would be leaves, so that it starts
+    /// by spanning them; `first` is the position that is grown first.
+    static void Make(OmMemoryRegion& region, void*& link, bool isAboveLeaves, std::uint32_t first);
 
     /// Gives the node's block back; what its entries point at is left alone.
     static void Destroy(PointerVector* node);
 
-    bool IsScattered() const { return _scattered; }
+    bool SpansLeaves() const { return _spans; }
+    bool IsBox() const { return _form == Form::Box; }
 
     /// Logical length: one more than the largest position ever grown to.
     std::uint32_t Length() const { return _length; }
 
-    /// Entries that are not null; of a scattered node, cells.
-    std::uint32_t Present() const { return _present; }
-    bool AllNull() const { return _present == 0; }
+    /// Whether every entry is null. REQUIRES: no list or hash that spans its leaves.
+    bool AllNull() const { return (_form == Form::Box ? _keys : _present) == 0; }
 
-    /// The entry, or null where there is none and past the length. O(1). REQUIRES: not scattered.
+    /// The entry, or null where there is none and past the length. O(1). REQUIRES: does not span its leaves.
     void* Entry(std::uint32_t position) const {
         if (_form == Form::Dense) {
             return position < _length ? Slots()[position] : nullptr;
         }
-        return EntryOf(KeyOf(position));
+        return KeyedEntryOf(position);
     }
 
-    /// The cell of a scattered node, or null. O(1).
-    void* Cell(std::uint32_t position, std::uint32_t below) const { return EntryOf(KeyOf(position, below)); }
+    /// The cell of a node that spans its leaves, or null. O(1).
+    void* Cell(std::uint32_t position, std::uint32_t below) const {
+        if (_form == Form::Box) {
+            return position < _length && below < _stride ? Slots()[std::size_t{position} * _stride + below] : nullptr;
+        }
+        return KeyedEntryOf(PairOf(position, below));
+    }
 
-    /// Place of the entry, which is grown to and made, null, when it was not there. The node may have moved: `*link` is
-    /// the node. The place stays valid until the next growth or split of this node. Amortised O(1).
-    /// REQUIRES: not scattered. Throws std::bad_alloc; the node is as before then. `moved` is raised when a place that
-    /// was given before is no longer valid.
-    static void** Grow(OmMemoryRegion& region, void*& link, std::uint32_t position, bool& moved) {
+    /// The place of an entry, which is made, null, and the length grown to it, when it was not there. Amortised O(1).
+    /// REQUIRES: does not span its leaves.
+    static Place Grow(OmMemoryRegion& region, void*& link, std::uint32_t position, bool& moved) {
         PointerVector& node = *static_cast<PointerVector*>(link);
         if (node._form == Form::Dense && position < node._capacity) {
             node._length = position < node._length ? node._length : position + 1;
-            return node.Slots() + position;
+            return {&node, node.Slots() + position, nullptr};
         }
         return GrowSlowly(region, link, position, moved);
     }
 
-    /// The same for a cell of a scattered node. Null when the node was split instead: its leaves are now to be grown.
-    static void** GrowCell(OmMemoryRegion& region, void*& link, std::uint32_t position, std::uint32_t below,
-                           bool& moved);
+    /// The same for a cell of a node that spans its leaves. Its entry is null when the node was split instead: the
+    /// leaves are now to be grown.
+    static Place GrowCell(OmMemoryRegion& region, void*& link, std::uint32_t position, std::uint32_t below,
+                          bool& moved) {
+        PointerVector& node = *static_cast<PointerVector*>(link);
+        if (node._form == Form::Box && position < node._capacity && below < node._stride) {
+            return node.TakeIntoBox(position, below);
+        }
+        return GrowCellSlowly(region, link, position, below, moved);
+    }
+
+    /// The same, without growing: the place of a cell whose subscripts are below the lengths that the node has seen.
+    /// Null when it cannot be given so.
+    Place PlaceOfSeen(std::uint32_t position, std::uint32_t below) {
+        if (_form == Form::Box && position < _length && below < _width) {
+            return TakeIntoBox(position, below);
+        }
+        return {};
+    }
 
     /// For who writes a place: what was null there and no longer is, or the other way round.
-    void CountIn() { ++_present; }
-    void CountOut() { --_present; }
+    static void CountIn(Place const& place) {
+        ++place.node->_present;
+        if (place.row != nullptr) {
+            ++place.row->present;
+        }
+    }
+    static void CountOut(Place const& place) {
+        --place.node->_present;
+        if (place.row != nullptr) {
+            --place.row->present;
+        }
+    }
 
-    /// Makes a scattered node's leaves, and them its entries. O(cells). Throws std::bad_alloc; the node is as before
-    /// then.
-    static void Split(OmMemoryRegion& region, void*& link);
+    /// Turns a list or a hash that spans its leaves into a box or, where that does not pay, into leaves. O(cells).
+    static void GiveUpKeys(OmMemoryRegion& region, void*& link);
+
+    /// A leaf of a box. REQUIRES: position < Length().
+    Row const& RowAt(std::uint32_t position) const { return Rows()[position]; }
+    /// The place of a cell in a box. REQUIRES: below < RowAt(position).length.
+    Place PlaceInBox(std::uint32_t position, std::uint32_t below) {
+        return {this, Slots() + std::size_t{position} * _stride + below, Rows() + position};
+    }
+    /// Takes a leaf without cells out of a box.
+    void RemoveRow(std::uint32_t position) {
+        Rows()[position].length = 0;
+        --_keys;
+    }
 
     // --- walking -----------------------------------------------------------------------------------------------------
 
     /// The entries of a dense node, `Length()` of them; null of any other.
     void* const* DenseEntries() const { return _form == Form::Dense ? Slots() : nullptr; }
 
-    /// The keyed entries of a node that is not dense: `Places()` places, of which those whose key is `NoKey` are free.
-    /// Of a list, all are taken, in the order of their keys.
-    KeyedEntry const* KeyedEntries() const { return Keyed(); }
+    /// The slots of a leaf in a box, `RowAt(position).length` of them; those of the next leaves follow somewhere
+    /// before `BoxEnd()`.
+    void* const* RowEntries(std::uint32_t position) const { return Slots() + std::size_t{position} * _stride; }
+    void* const* BoxEnd() const { return Slots() + std::size_t{_length} * _stride; }
+
+    /// Keyed entries of a list or a hash: those of `Places()` places that are taken. Of a list all are, in the order of
+    /// their keys.
+    KeyedEntry const& KeyedAt(std::uint32_t place) const { return Keyed()[place]; }
     std::uint32_t Places() const { return _form == Form::Hash ? _capacity : _keys; }
-    bool IsSorted() const { return _form != Form::Hash; }
+    bool IsTaken(std::uint32_t place) const { return _form == Form::List || Tags()[place] != 0; }
+    bool HasOrder() const { return _form != Form::Hash; }
 
-    static constexpr Key NoKey = ~Key{0};
-
-    /// A node's keyed entries in the order of their keys. Replaces `order`, whose numbers are for `EntryIn` and hold
-    /// until a place of this node moves; `scratch` is room for the work. O(entries).
+    /// A hash's entries in the order of their keys. Replaces `order`, whose numbers are for `KeyedIn` and hold until a
+    /// place moves; `scratch` is room for the work. O(entries). REQUIRES: a list or a hash.
     void Sort(std::vector<std::uint64_t>& order, std::vector<std::uint64_t>& scratch) const;
-    KeyedEntry const& EntryIn(std::uint64_t ordered) const { return Keyed()[ordered & (_capacity - 1)]; }
+    KeyedEntry const& KeyedIn(std::uint64_t ordered) const { return Keyed()[ordered & LastPlace()]; }
+    std::uint32_t LastPlace() const { return _capacity - 1; }
 
 private:
-    enum class Form : std::uint8_t { Dense, List, Hash };
+    enum class Form : std::uint8_t { Dense, List, Hash, Box };
 
-    PointerVector(Form form, bool scattered, std::uint32_t capacity)
-        : _capacity(capacity), _form(form), _scattered(scattered) {}
+    static constexpr std::size_t TagGroup = 8; ///< tags that are looked at together
+    static constexpr std::uint64_t TagTops = 0x8080808080808080U;
 
-    static std::size_t BytesFor(Form form, std::uint32_t capacity) {
-        return sizeof(PointerVector) + capacity * (form == Form::Dense ? sizeof(void*) : sizeof(KeyedEntry));
-    }
-    static PointerVector* Allocate(OmMemoryRegion& region, Form form, bool scattered, std::uint32_t capacity);
+    PointerVector(Form form, bool spans, std::uint32_t capacity, std::uint32_t stride)
+        : _capacity(capacity), _stride(stride), _form(form), _spans(spans) {}
+
+    static PointerVector* Allocate(OmMemoryRegion& region, Form form, bool spans, std::uint32_t capacity,
+                                   std::uint32_t stride = 0);
 
     void** Slots() { return reinterpret_cast<void**>(this + 1); }
     void* const* Slots() const { return reinterpret_cast<void* const*>(this + 1); }
     KeyedEntry* Keyed() { return reinterpret_cast<KeyedEntry*>(this + 1); }
     KeyedEntry const* Keyed() const { return reinterpret_cast<KeyedEntry const*>(this + 1); }
+    unsigned char* Tags() { return reinterpret_cast<unsigned char*>(Keyed() + _capacity); }
+    unsigned char const* Tags() const { return reinterpret_cast<unsigned char const*>(Keyed() + _capacity); }
+    Row* Rows() { return reinterpret_cast<Row*>(Slots() + std::size_t{_capacity} * _stride); }
+    Row const* Rows() const { return reinterpret_cast<Row const*>(Slots() + std::size_t{_capacity} * _stride); }
 
-    /// Whether slots for every position are worth their room.
+    /// Whether a slot for every position is worth its room.
     static bool IsDense(std::uint64_t positions, std::uint64_t taken) {
         return positions <= OMTREE_NODE_DENSE_FACTOR * taken + OMTREE_NODE_DENSE_SLACK;
     }
 
-    std::uint32_t HomeOf(Key key) const {
-        // Both halves of the product go into the upper bits, so that pairs on a line or a lattice spread as well.
+    static std::uint64_t HashOf(Key key) {
+        // Both halves of the key reach every bit that counts, so that pairs on a line or a lattice spread as well.
         std::uint64_t const mixed = (key ^ key >> 29) * 0x9e3779b97f4a7c15U;
-        return static_cast<std::uint32_t>((mixed ^ mixed >> 32) * 0xd6e8feb86659fd93U >> 32) & (_capacity - 1);
+        return (mixed ^ mixed >> 32) * 0xd6e8feb86659fd93U;
     }
-    void* EntryOf(Key key) const {
-        KeyedEntry const* const found = _form == Form::Hash ? FindInHash(key) : FindInList(key);
-        return found != nullptr ? found->entry : nullptr;
-    }
+    std::uint32_t HomeOf(std::uint64_t hash) const { return static_cast<std::uint32_t>(hash >> 32) & (_capacity - 1); }
+    static unsigned char TagOf(std::uint64_t hash) { return static_cast<unsigned char>(hash >> 57 | 0x80U); }
+    void SetTag(std::uint32_t place, unsigned char tag);
+
+    /// Out of line, so that the way through slots needs no registers for this one.
+    void* KeyedEntryOf(Key key) const;
+    KeyedEntry const* Find(Key key) const { return _form == Form::Hash ? FindInHash(key) : FindInList(key); }
     KeyedEntry const* FindInHash(Key key) const {
-        KeyedEntry const* const entries = Keyed();
-        for (std::uint32_t place = HomeOf(key);; place = (place + 1) & (_capacity - 1)) {
-            if (entries[place].key == key) {
-                return entries + place;
+        constexpr std::uint64_t Ones = 0x0101010101010101U;
+        std::uint64_t const hash = HashOf(key);
+        std::uint64_t const wanted = Ones * TagOf(hash);
+        std::uint32_t const last = _capacity - 1;
+        unsigned char const* const tags = Tags();
+        Prefetch(Keyed() + HomeOf(hash));
+        for (std::uint32_t place = HomeOf(hash);; place = (place + TagGroup) & last) {
+            std::uint64_t const group = TagsAt(tags + place);
+            // A byte that equals the tag gives 0 here, and 0 alone borrows into its top bit; a byte above such a one
+            // may be taken for equal, which the key then denies.
+            std::uint64_t const differs = group ^ wanted;
+            for (std::uint64_t equal = (differs - Ones) & ~differs & TagTops; equal != 0; equal &= equal - 1) {
+                KeyedEntry const& candidate = Keyed()[(place + LowestByte(equal)) & last];
+                if (candidate.key == key) {
+                    return &candidate;
+                }
             }
-            if (entries[place].key == NoKey) {
+            // Tags have their top bit set.
+            if ((group & TagTops) != TagTops) {
                 return nullptr;
             }
         }
     }
-    KeyedEntry const* FindInList(Key key) const;
-
-    /// Whether the next key needs more room. A dense node has none for keys.
-    bool IsFull() const {
-        switch (_form) {
-        case Form::List:
-            return _keys == _capacity;
-        case Form::Hash:
-            return 4 * (std::uint64_t{_keys} + 1) > 3 * std::uint64_t{_capacity};
-        default:
-            return true;
+    KeyedEntry const* FindInList(Key key) const {
+        for (std::uint32_t place = 0; place < _keys; ++place) {
+            if (Keyed()[place].key == key) {
+                return Keyed() + place;
+            }
         }
+        return nullptr;
     }
-    KeyedEntry* Find(Key key) {
-        return const_cast<KeyedEntry*>(_form == Form::Hash ? FindInHash(key) : FindInList(key));
+    static void Prefetch([[maybe_unused]] void const* place) {
+#if defined(__GNUC__)
+        __builtin_prefetch(place);
+#endif
+    }
+    /// Eight tags in one word, the first in its lowest byte.
+    static std::uint64_t TagsAt(unsigned char const* tags) {
+        std::uint64_t group = 0;
+        if constexpr (std::endian::native == std::endian::little) {
+            std::memcpy(&group, tags, TagGroup);
+        } else {
+            for (unsigned i = 0; i < TagGroup; ++i) {
+                group |= std::uint64_t{tags[i]} << 8 * i;
+            }
+        }
+        return group;
+    }
+    static std::uint32_t LowestByte(std::uint64_t bits) {
+        return static_cast<std::uint32_t>(std::countr_zero(bits)) / 8;
     }
 
-    static void** GrowSlowly(OmMemoryRegion& region, void*& link, std::uint32_t position, bool& moved);
-    void MakeLeaf(OmMemoryRegion& region, void*& link, std::uint64_t const* first, std::uint64_t const* last) const;
-    static void** AddKey(OmMemoryRegion& region, void*& link, Key key, bool& moved);
-    static void Reform(OmMemoryRegion& region, void*& link, Form form, std::uint32_t capacity, std::uint32_t length);
-    void Include(Key key);
+    /// Whether the next key needs more room. Slots have none for keys.
+    bool IsFull() const {
+        return _form == Form::List   ? _keys == _capacity
+               : _form == Form::Hash ? 4 * (std::uint64_t{_keys} + 1) > 3 * std::uint64_t{_capacity}
+                                     : true;
+    }
+
+    Place TakeIntoBox(std::uint32_t position, std::uint32_t below) {
+        Row& row = Rows()[position];
+        _keys += row.length == 0 ? 1 : 0;
+        row.length = below < row.length ? row.length : below + 1;
+        _width = below < _width ? _width : below + 1;
+        _length = position < _length ? _length : position + 1;
+        return PlaceInBox(position, below);
+    }
+
+    static Place GrowSlowly(OmMemoryRegion& region, void*& link, std::uint32_t position, bool& moved);
+    static Place GrowCellSlowly(OmMemoryRegion& region, void*& link, std::uint32_t position, std::uint32_t below,
+                                bool& moved);
+    static void GrowBox(OmMemoryRegion& region, void*& link, std::uint64_t length, std::uint64_t width);
+    static Place AddKey(OmMemoryRegion& region, void*& link, Key key, bool& moved);
+    static void Reform(OmMemoryRegion& region, void*& link, Form form, std::uint32_t capacity);
+    static void KeysToBox(OmMemoryRegion& region, void*& link, std::uint64_t length, std::uint64_t width);
+    static void Split(OmMemoryRegion& region, void*& link);
+    void* NewLeaf(OmMemoryRegion& region, std::vector<KeyedEntry> const& cells, std::uint32_t length) const;
     KeyedEntry* PlaceFor(Key key);
+    void Append(Key key, void* entry);
 
     std::uint32_t _length = 0;
-    std::uint32_t _width = 0;   ///< scattered: length of the longest leaf
-    std::uint32_t _keys = 0;    ///< list and hash: places taken
-    std::uint32_t _present = 0; ///< entries that are not null
-    std::uint32_t _capacity;    ///< slots or places; a power of two
+    std::uint32_t _width = 0;   ///< spanning its leaves: the largest length that one of them has had
+    std::uint32_t _keys = 0;    ///< list, hash: places taken; box: leaves that are there
+    std::uint32_t _present = 0; ///< entries, of a node that spans its leaves cells, that are not null
+    std::uint32_t _capacity; ///< dense: slots; list, hash: places, a power of two; box: leaves that there is room for
+    std::uint32_t _stride;   ///< box: slots of a leaf
     Form _form;
-    bool _scattered;
+    bool _spans;
+    [[maybe_unused]] char _unused[6] = {};
 };
 
 #endif
