@@ -145,7 +145,7 @@ private:
 
     /// One word for two things, as few texts have a record: the address of the record, which knows the home; or, while
     /// there is none, the home with its lowest bit set; or 0, no record and the default heap. A word less a cell is a
-    /// ninth of what a short string cell takes.
+    /// tenth of what a short string cell takes.
     std::uintptr_t _meta;
 
 protected:

@@ -15,27 +15,6 @@ struct OmStringCell::WideRuns {
     char* Bytes() { return reinterpret_cast<char*>(this + 1); }
 };
 
-namespace {
-
-/// What memcpy does. Most texts are short, and for those a call costs as much as the copy.
-void CopyBytes(char* to, char const* from, std::size_t bytes) {
-    constexpr std::size_t Half = 16;
-    if (bytes < Half || bytes > 4 * Half) {
-        if (bytes != 0) {
-            std::memcpy(to, from, bytes);
-        }
-        return;
-    }
-    if (bytes > 2 * Half) {
-        std::memcpy(to + Half, from + Half, Half);
-        std::memcpy(to + bytes - 2 * Half, from + bytes - 2 * Half, Half);
-    }
-    std::memcpy(to, from, Half);
-    std::memcpy(to + bytes - Half, from + bytes - Half, Half);
-}
-
-} // namespace
-
 OmStringCell::OmStringCell(std::string text, OmMemoryRegion* region, bool flag)
     : OmCellText(region), _shape{{0, 0, 0}, Form::Apart, flag} {
     Assign({text, text, text, {}});
@@ -44,7 +23,9 @@ OmStringCell::OmStringCell(std::string text, OmMemoryRegion* region, bool flag)
 OmStringCell::OmStringCell(OmStringCell const& source, OmMemoryRegion* region, char* runs)
     : OmCellText(region), _shape(source._shape) {
     _shape.form = Form::Inline;
-    CopyBytes(runs, source.Runs(), source.ShortLength());
+    if (source.Runs() != nullptr) {
+        std::memcpy(runs, source.Runs(), source.ShortLength());
+    }
     TakeOver(source);
 }
 
