@@ -1,6 +1,7 @@
 #include "backend/tables/om/detail/CellCursor.h"
 
 #include <algorithm>
+#include <utility>
 
 using Cursor = OmPivotTable::Iterator::Data;
 
@@ -25,11 +26,15 @@ OmPivotTable::PointerVector const* Cursor::Top() const {
 void Cursor::Enter(Level& level, void const* node) {
     level.node = static_cast<PointerVector const*>(node);
     level.passed = 0;
-    level.order.clear();
     if (level.node->IsBox() || level.node->HasOrder()) {
+        level.order.clear();
         return;
     }
-    level.node->Sort(level.order, _scratch);
+    // Serials are given once, so this is the same hash, in the same place or not.
+    if (level.order.size() != level.node->Keys() || level.serial != level.node->Serial()) {
+        level.node->Sort(level.order, _scratch);
+        level.serial = level.node->Serial();
+    }
 }
 
 /// The rest of `Next`: in a run, past empty slots; in a list; elsewhere.
@@ -131,6 +136,13 @@ void* Cursor::KeyedAtOrAfter(std::size_t number, std::uint64_t from) {
     PointerVector const& node = *level.node;
     bool const isHash = !node.HasOrder();
     std::size_t const count = isHash ? level.order.size() : node.Places();
+    if (isHash && level.passed == 0) {
+        auto const isBefore = [&node](std::uint64_t ordered, std::uint64_t wanted) {
+            return node.KeyedIn(ordered).key < wanted;
+        };
+        level.passed = static_cast<std::size_t>(
+            std::lower_bound(level.order.begin(), level.order.end(), from, isBefore) - level.order.begin());
+    }
     // A list has few entries; it is searched from its beginning.
     for (std::size_t i = isHash ? level.passed : 0; i < count; ++i) {
         PointerVector::KeyedEntry const& found =
@@ -241,6 +253,13 @@ OmPivotTable::Iterator::Data& OmPivotTable::Iterator::Record() const { return st
 OmPivotTable::Iterator::Iterator(Iterator const& other)
     : _data(other._data != nullptr ? new Data(other.Record()) : nullptr) {}
 
+OmPivotTable::Iterator::Iterator(Iterator&& other) noexcept : _data(std::exchange(other._data, nullptr)) {}
+
+OmPivotTable::Iterator& OmPivotTable::Iterator::operator=(Iterator&& other) noexcept {
+    std::swap(_data, other._data);
+    return *this;
+}
+
 OmPivotTable::Iterator& OmPivotTable::Iterator::operator=(Iterator const& other) {
     if (this != &other) {
         Data* const copy = other._data != nullptr ? new Data(other.Record()) : nullptr;
@@ -274,6 +293,8 @@ std::vector<int> OmPivotTable::Iterator::Index() const {
 OmPivotTable::ConstIterator::ConstIterator() = default;
 
 OmPivotTable::ConstIterator::ConstIterator(Iterator const& other) : _iterator(other) {}
+
+OmPivotTable::ConstIterator::ConstIterator(Iterator&& other) noexcept : _iterator(std::move(other)) {}
 
 OmPivotTable::ConstIterator& OmPivotTable::ConstIterator::operator++() {
     ++_iterator;

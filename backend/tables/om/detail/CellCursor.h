@@ -22,7 +22,8 @@
 ///
 /// The cursor remembers nodes, and the order of those that have none of their own. When the store says that something
 /// moved it finds its place anew by the subscripts, so that it goes on behind the cell that it stood on, whatever was
-/// stored or deleted.
+/// stored or deleted. The order of a hash is kept while its places stay and no key came, so that a program may delete
+/// the cells that it walks over. What was added behind the cursor may be seen or not.
 struct OMTREE_LOCAL OmPivotTable::Iterator::Data : OmPivotTable::Iterator::Head {
     struct Level {
         std::uint64_t position; ///< subscript; in a run, that where it was begun
@@ -30,6 +31,7 @@ struct OMTREE_LOCAL OmPivotTable::Iterator::Data : OmPivotTable::Iterator::Head 
         PointerVector const* node;
         std::vector<std::uint64_t> order; ///< of a hash, its entries by key (PointerVector::Sort)
         std::size_t passed;               ///< how many of these
+        std::uint32_t serial;             ///< of the hash that `order` was made from
     };
 
     explicit Data(CellStore const& itsStore) : store(&itsStore) {}
@@ -42,7 +44,9 @@ struct OMTREE_LOCAL OmPivotTable::Iterator::Data : OmPivotTable::Iterator::Head 
         if (changes == store->Changes() && next != end) {
             void* const entry = *next;
             if (entry != nullptr) {
-                Prefetch(next + Ahead < readable ? next[Ahead] : nullptr);
+                if (readable - next > Ahead) {
+                    Prefetch(next[Ahead]);
+                }
                 ++next;
                 cell = static_cast<OmCellText*>(entry);
                 return;
@@ -85,9 +89,10 @@ private:
     /// Fetches what a look at a text's kind and length touches: a short text's head may lie across two cache lines.
     static void Prefetch([[maybe_unused]] void const* text) {
 #if defined(__GNUC__)
-        constexpr std::size_t LastOfHead = 31;
+        constexpr std::uintptr_t LastOfHead = 31;
         __builtin_prefetch(text);
-        __builtin_prefetch(static_cast<char const*>(text) + LastOfHead);
+        // Slots may be empty: no arithmetic on a null pointer.
+        __builtin_prefetch(reinterpret_cast<void const*>(reinterpret_cast<std::uintptr_t>(text) + LastOfHead));
 #endif
     }
 

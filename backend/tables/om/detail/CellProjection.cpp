@@ -2,9 +2,9 @@
 
 #include "backend/tables/om/detail/PivotTableData.h"
 
-#include <algorithm>
 #include <cstddef>
 #include <cstdint>
+#include <utility>
 #include <vector>
 
 namespace {
@@ -66,6 +66,9 @@ public:
         if (_node.IsBox()) {
             return VisitBox(visit, lowest);
         }
+        if (_wanted[1] >= 0 && _node.Width() < _node.Places()) {
+            return VisitLeaf(visit, lowest);
+        }
         return lowest == 0 ? VisitPairs(visit) : VisitOrdered(visit);
     }
 
@@ -108,11 +111,9 @@ private:
 
     template <typename Visit>
     bool VisitBox(Visit&& visit, std::size_t lowest) {
-        int const rows = static_cast<int>(_node.Length());
-        int const first = _wanted[1] < 0 ? 0 : _wanted[1];
-        int const end = _wanted[1] < 0 ? rows : std::min(rows, _wanted[1] + 1);
-        for (_index[1] = first; _index[1] < end; ++_index[1]) {
-            if (!VisitRow(visit, lowest)) {
+        auto const [first, end] = Range(_wanted[1], _node.Length());
+        for (std::uint32_t row = first; row < end; ++row) {
+            if (!VisitRow(visit, lowest, row)) {
                 return false;
             }
         }
@@ -120,14 +121,13 @@ private:
     }
 
     template <typename Visit>
-    bool VisitRow(Visit&& visit, std::size_t lowest) {
-        std::uint32_t const row = static_cast<std::uint32_t>(_index[1]);
+    bool VisitRow(Visit&& visit, std::size_t lowest, std::uint32_t row) {
         void* const* const entries = _node.RowEntries(row);
-        int const length = static_cast<int>(_node.RowAt(row).length);
-        int const first = _wanted[0] < 0 ? 0 : _wanted[0];
-        int const end = _wanted[0] < 0 ? length : std::min(length, _wanted[0] + 1);
-        for (_index[0] = first; _index[0] < end; ++_index[0]) {
-            if (entries[_index[0]] != nullptr) {
+        auto const [first, end] = Range(_wanted[0], _node.RowAt(row).length);
+        for (std::uint32_t below = first; below < end; ++below) {
+            if (entries[below] != nullptr) {
+                _index[1] = static_cast<int>(row);
+                _index[0] = static_cast<int>(below);
                 if (!visit(_index)) {
                     return false;
                 }
@@ -137,6 +137,32 @@ private:
             }
         }
         return true;
+    }
+
+    /// One leaf of a hash whose leaves are short: each of its cells is asked for.
+    template <typename Visit>
+    bool VisitLeaf(Visit&& visit, std::size_t lowest) {
+        _index[1] = _wanted[1];
+        for (std::uint32_t below = 0; below < _node.Width(); ++below) {
+            if (_node.Cell(static_cast<std::uint32_t>(_wanted[1]), below) != nullptr) {
+                _index[0] = static_cast<int>(below);
+                if (!visit(_index)) {
+                    return false;
+                }
+                if (lowest == 1) {
+                    return true;
+                }
+            }
+        }
+        return true;
+    }
+
+    /// The subscripts below a length that are wanted.
+    static std::pair<std::uint32_t, std::uint32_t> Range(int wanted, std::uint32_t length) {
+        std::uint32_t const one = static_cast<std::uint32_t>(wanted);
+        return wanted < 0     ? std::pair(std::uint32_t{0}, length)
+               : one < length ? std::pair(one, one + 1)
+                              : std::pair(length, length);
     }
 
     Node const& _node;

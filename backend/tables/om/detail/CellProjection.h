@@ -12,7 +12,8 @@
 ///
 /// `OmPivotTable::VisitPrefixes(lowest, wanted, visit)` tells the distinct prefixes of the stored cells: the store is a
 /// trie whose root is indexed by the last dimension, so the subscripts of dimensions `lowest` to n - 1 are found
-/// without a look at the levels below, beyond whether some cell stands there.
+/// without a look at the levels below, beyond whether some cell stands there (for `lowest` 1 where the two lowest
+/// levels stand in one node: its cells).
 ///
 ///     lowest 2 of 4 dimensions          index[3]   index[2]  | (1)   (0)
 ///                                       \___ the prefix ___/    first cell found ends the descent

@@ -7,18 +7,19 @@
 using Store = OmPivotTable::CellStore;
 
 void Store::AddLevel() {
-    _extents.reserve(_extents.size() + 1);
+    if (_largest.size() == _largest.capacity()) {
+        _largest.reserve(2 * _largest.size() + 2);
+    }
     if (_root != nullptr) {
         void* top = nullptr;
-        bool moved = false;
         PointerVector::Make(_region, top, false, 0);
-        Place const place = PointerVector::Grow(_region, top, 0, moved);
+        Place const place = PointerVector::Grow(_region, top, 0, _changes);
         *place.entry = _root;
         PointerVector::CountIn(place);
         _root = top;
         ++_changes;
     }
-    _extents.push_back(_root != nullptr ? 1 : 0);
+    _largest.push_back(_root != nullptr ? 0 : -1);
 }
 
 /// The rest of a look-up, from a node of any form on.
@@ -38,14 +39,6 @@ OmCellText* Store::FindBelow(PointerVector const& start, std::size_t level, int 
 
 Store::Place Store::GrowFromRoot(int const* index) {
     std::size_t const levels = Levels();
-    bool moved = false;
-    // Also when it fails half way.
-    struct Counter {
-        std::uint64_t& changes;
-        bool const& moved;
-        ~Counter() { changes += moved ? 1 : 0; }
-    } const counter{_changes, moved};
-
     if (_root == nullptr) {
         PointerVector::Make(_region, _root, levels == 2, Subscript(index, levels - 1));
     }
@@ -53,12 +46,12 @@ Store::Place Store::GrowFromRoot(int const* index) {
     void** link = &_root;
     for (std::size_t k = levels - 1; place.entry == nullptr; --k) {
         if (static_cast<PointerVector*>(*link)->SpansLeaves()) {
-            place = PointerVector::GrowCell(_region, *link, Subscript(index, 1), Subscript(index, 0), moved);
+            place = PointerVector::GrowCell(_region, *link, Subscript(index, 1), Subscript(index, 0), _changes);
             if (place.entry != nullptr) {
                 break;
             }
         }
-        place = PointerVector::Grow(_region, *link, Subscript(index, k), moved);
+        place = PointerVector::Grow(_region, *link, Subscript(index, k), _changes);
         if (k == 0) {
             break;
         }
@@ -70,26 +63,15 @@ Store::Place Store::GrowFromRoot(int const* index) {
         place.entry = nullptr;
     }
     for (std::size_t k = 0; k < levels; ++k) {
-        if (Subscript(index, k) >= _extents[k]) {
-            _extents[k] = Subscript(index, k) + 1;
-        }
-    }
-    if (place.row != nullptr && !moved) {
-        _lastAbove.assign(index + 2, index + levels);
-        _lastLink = link;
-        _lastChanges = _changes;
+        _largest[k] = std::max(_largest[k], index[k]);
     }
     return place;
 }
 
-/// Steps to the node below a position, if there is one: `link` becomes its link then.
-OmPivotTable::PointerVector* Store::Below(void**& link, std::uint32_t position) {
-    if (static_cast<PointerVector*>(*link)->Entry(position) == nullptr) {
-        return nullptr;
-    }
-    bool moved = false; // it does not: the entry is there
-    link = PointerVector::Grow(_region, *link, position, moved).entry;
-    return static_cast<PointerVector*>(*link);
+/// The node below a position, or null. `link` is its link.
+OmPivotTable::PointerVector* Store::Below(PointerVector& node, std::uint32_t position, void**& link) {
+    link = node.EntryPlace(position);
+    return link != nullptr ? static_cast<PointerVector*>(*link) : nullptr;
 }
 
 Store::Removal Store::Remove(int const* index, OmCellText*& cell) {
@@ -102,8 +84,7 @@ Store::Removal Store::Remove(int const* index, OmCellText*& cell) {
         }
         if (node->SpansLeaves()) {
             if (!node->IsBox()) {
-                ++_changes;
-                PointerVector::GiveUpKeys(_region, *link);
+                PointerVector::GiveUpKeys(_region, *link, _changes);
                 node = static_cast<PointerVector*>(*link);
             }
             if (node->IsBox()) {
@@ -119,13 +100,12 @@ Store::Removal Store::Remove(int const* index, OmCellText*& cell) {
             }
         }
         if (k == 0) {
-            bool moved = false;
             place = node->Entry(Subscript(index, 0)) != nullptr
-                        ? PointerVector::Grow(_region, *link, Subscript(index, 0), moved)
+                        ? PointerVector::Grow(_region, *link, Subscript(index, 0), _changes)
                         : Place{};
             break;
         }
-        node = Below(link, Subscript(index, k));
+        node = Below(*node, Subscript(index, k), link);
         if (node == nullptr) {
             return Removal::NothingThere;
         }
@@ -137,32 +117,43 @@ Store::Removal Store::Remove(int const* index, OmCellText*& cell) {
     return Removal::Done;
 }
 
-void Store::DestroyEmptyNodes(int const* index) {
-    std::vector<void**> links{&_root};
-    for (std::size_t k = Levels() - 1; k > 0; --k) {
-        PointerVector* const node = static_cast<PointerVector*>(*links.back());
-        if (node->SpansLeaves()) {
-            if (!node->IsBox()) {
-                return; // made anew while the cell went
-            }
-            std::uint32_t const position = Subscript(index, 1);
-            if (position < node->Length() && node->RowAt(position).length != 0 && node->RowAt(position).present == 0) {
-                node->RemoveRow(position);
-            }
+void Store::DestroyEmptyNodes(int const* index) noexcept {
+    // The lowest node on the way, and the place of the topmost one that goes when that is empty: all from there on down
+    // have the next one on the way alone.
+    PointerVector* node = Root();
+    Place topmost{};
+    std::size_t k = Levels() - 1;
+    for (; k > 0 && !node->SpansLeaves(); --k) {
+        void** link = nullptr;
+        PointerVector* const below = Below(*node, Subscript(index, k), link);
+        if (below == nullptr) {
             break;
         }
-        void** link = links.back();
-        if (Below(link, Subscript(index, k)) == nullptr) {
-            break;
+        if (topmost.entry == nullptr || !node->HasOneEntry()) {
+            topmost = Place{node, link, nullptr};
         }
-        links.push_back(link);
+        node = below;
     }
-    while (links.size() > 1 && static_cast<PointerVector*>(*links.back())->AllNull()) {
-        ++_changes;
-        PointerVector::Destroy(static_cast<PointerVector*>(*links.back()));
-        *links.back() = nullptr;
-        links.pop_back();
-        PointerVector* const above = static_cast<PointerVector*>(*links.back());
-        PointerVector::CountOut(Place{above, nullptr, nullptr});
+    if (node->SpansLeaves()) {
+        if (!node->IsBox()) {
+            return; // made anew while the cell went
+        }
+        std::uint32_t const position = Subscript(index, 1);
+        if (position < node->Length() && node->RowAt(position).length != 0 && node->RowAt(position).present == 0) {
+            ++_changes;
+            node->RemoveRow(position);
+        }
+    }
+    if (topmost.entry == nullptr || !node->AllNull()) {
+        return;
+    }
+    ++_changes;
+    PointerVector* doomed = static_cast<PointerVector*>(*topmost.entry);
+    *topmost.entry = nullptr;
+    PointerVector::CountOut(topmost);
+    while (doomed != nullptr) {
+        PointerVector* const next = doomed != node ? doomed->OnlyChild() : nullptr;
+        PointerVector::Destroy(doomed);
+        doomed = next;
     }
 }

@@ -21,7 +21,7 @@ class OmCellText;
 ///     root                    usually spans its leaves (see PointerVector): the cells stand in it
 ///
 /// Nodes live in the table's region, which its end sweeps as a whole. Indexes are given as a pointer to as many
-/// subscripts as there are levels, none of them negative. The store owns no cell and calls none.
+/// subscripts as there are levels. The store owns no cell and calls none.
 class OMTREE_LOCAL OmPivotTable::CellStore {
 public:
     explicit CellStore(OmMemoryRegion& region) : _region(region) {}
@@ -29,34 +29,38 @@ public:
     CellStore(CellStore const&) = delete;
     CellStore& operator=(CellStore const&) = delete;
 
-    std::size_t Levels() const { return _extents.size(); }
+    std::size_t Levels() const { return _largest.size(); }
     PointerVector* Root() const { return static_cast<PointerVector*>(_root); }
 
     /// Puts a new root above the old one, if there is one, for a dimension just about to be added: every cell has
-    /// subscript 0 on it. Throws std::bad_alloc; nothing has changed then.
+    /// subscript 0 on it. Amortised O(1). Throws std::bad_alloc; nothing has changed then.
     void AddLevel();
 
     /// What a look-up needs to know of an index before it follows it.
     struct Reach {
-        bool inside;   ///< no subscript is past all that were ever stored on its level
-        bool negative; ///< some subscript is, which is past everything
+        int beyond;   ///< negative when some subscript is past all that were ever stored on its level, or there is none
+        int negative; ///< negative when some subscript is
+        bool IsInside() const { return (beyond | negative) >= 0; }
     };
 
-    /// One comparison a level, no memory touched but the few extents: most absent positions of a dense table end here.
+    /// A few instructions a level, no memory touched but the largest subscripts: most absent positions of a dense table
+    /// end here.
     Reach ReachOf(int const* index) const {
-        std::uint32_t inside = 1;
-        int signs = 0;
-        for (std::size_t k = 0; k < _extents.size(); ++k) {
-            inside &= static_cast<std::uint32_t>(index[k]) < _extents[k] ? 1U : 0U;
-            signs |= index[k];
+        std::size_t const levels = _largest.size();
+        // Signs are all that counts. A difference can only overflow where the subscript is negative, which shows.
+        std::uint32_t beyond = static_cast<std::uint32_t>(levels) - 1;
+        int negative = 0;
+        for (std::size_t k = 0; k < levels; ++k) {
+            beyond |= static_cast<std::uint32_t>(_largest[k]) - static_cast<std::uint32_t>(index[k]);
+            negative |= index[k];
         }
-        return {inside != 0, signs < 0};
+        return {static_cast<int>(beyond), negative};
     }
 
     /// The cell, or null. O(levels). REQUIRES: at least one level, and the index inside.
     OmCellText* Find(int const* index) const {
         PointerVector const* node = Root();
-        for (std::size_t k = _extents.size() - 1; k > 0; --k) {
+        for (std::size_t k = _largest.size() - 1; k > 0; --k) {
             if (node->SpansLeaves()) {
                 return static_cast<OmCellText*>(node->Cell(Subscript(index, 1), Subscript(index, 0)));
             }
@@ -80,15 +84,21 @@ public:
     /// The place for an index, with every node on the way to it made and grown to hold it. Amortised O(levels).
     /// REQUIRES: at least one level. Throws std::bad_alloc; no cell has changed then.
     Place Grow(int const* index) {
-        if (_lastChanges == _changes && IsBelowLast(index)) {
-            // The node that spans the leaves of the last place. What it has seen before is in the extents.
-            Place const place =
-                static_cast<PointerVector*>(*_lastLink)->PlaceOfSeen(Subscript(index, 1), Subscript(index, 0));
-            if (place.entry != nullptr) {
-                return place;
-            }
+        // The way of nearly every cell: through slots that are there to a node that spans its leaves and has room. A
+        // store takes a tenth less time by it than by the general way.
+        std::size_t k = _largest.size();
+        PointerVector* node = k > 1 ? Root() : nullptr;
+        while (node != nullptr && !node->SpansLeaves()) {
+            node = --k > 1 ? node->ChildInSlot(Subscript(index, k)) : nullptr;
         }
-        return GrowFromRoot(index);
+        Place const place = node != nullptr ? node->PlaceIfRoom(Subscript(index, 1), Subscript(index, 0)) : Place{};
+        if (place.entry == nullptr) {
+            return GrowFromRoot(index);
+        }
+        // On the levels above there was a cell before.
+        _largest[1] = std::max(_largest[1], index[1]);
+        _largest[0] = std::max(_largest[0], index[0]);
+        return place;
     }
 
     void Put(Place const& place, OmCellText* cell) {
@@ -106,12 +116,12 @@ public:
     /// What became of `Remove`.
     enum class Removal { Done, NothingThere, OutsideOfNode };
 
-    /// Takes a cell out, gives it to the caller, and destroys the nodes above it that have become empty, the root
-    /// excepted. REQUIRES: a root. Throws std::bad_alloc; no cell has changed then.
+    /// Takes a cell out and gives it to the caller, who destroys it and then calls `DestroyEmptyNodes`. A negative
+    /// subscript is outside of its node. REQUIRES: a root. Throws std::bad_alloc; no cell has changed then.
     Removal Remove(int const* index, OmCellText*& cell);
 
-    /// The second half of `Remove`, after the caller has destroyed the cell.
-    void DestroyEmptyNodes(int const* index);
+    /// The second half of `Remove`: destroys the nodes on the way to a place that have become empty, the root excepted.
+    void DestroyEmptyNodes(int const* index) noexcept;
 
     /// Cells that are present.
     std::size_t Present() const { return _present; }
@@ -124,28 +134,14 @@ private:
         return static_cast<std::uint32_t>(index[level]);
     }
     OmCellText* FindBelow(PointerVector const& start, std::size_t level, int const* index) const;
-    bool IsBelowLast(int const* index) const {
-        for (std::size_t k = 0; k < _lastAbove.size(); ++k) {
-            if (_lastAbove[k] != index[k + 2]) {
-                return false;
-            }
-        }
-        return true;
-    }
-    PointerVector* Below(void**& link, std::uint32_t position);
+    static PointerVector* Below(PointerVector& node, std::uint32_t position, void**& link);
     Place GrowFromRoot(int const* index);
 
     OmMemoryRegion& _region;
     void* _root = nullptr;
-    std::vector<std::uint32_t> _extents; ///< one for each level: the largest length that a node on it has had
+    std::vector<int> _largest; ///< one for each level: the largest subscript stored on it so far, or -1
     std::size_t _present = 0;
     std::uint64_t _changes = 0;
-
-    // Cells mostly come in the order of their subscripts, so that the node for one is that of the one before: found
-    // again without going down from the root, a dense store takes a fifth fewer instructions.
-    std::uint64_t _lastChanges = ~std::uint64_t{0};
-    void** _lastLink = nullptr;
-    std::vector<int> _lastAbove; ///< the subscripts of dimension 2 and up
 };
 
 #endif

@@ -103,18 +103,23 @@ void OmPivotTable::Data::Store(std::vector<int> const& index, OmCellText const* 
         Replace(place, index, cell);
         return;
     }
-    // A foreign text may use the table while it is cloned, which moves places.
     std::uint64_t const changes = cells.Changes();
-    OmCellText* const clone = cell->Clone(this);
-    cells.Put(changes == cells.Changes() ? place : cells.Grow(index.data()), clone);
-    clone->Accept(helper);
+    auto clone = std::unique_ptr<OmCellText>(cell->Clone(this));
+    cells.Put(changes == cells.Changes() ? place : PlaceAgain(index), clone.get());
+    clone.release()->Accept(helper);
+}
+
+// A foreign text may use the table while it goes or is cloned, which moves places, and may even add a dimension.
+OmPivotTable::CellStore::Place OmPivotTable::Data::PlaceAgain(std::vector<int> index) {
+    index.resize(cells.Levels(), 0);
+    return cells.Grow(index.data());
 }
 
 void OmPivotTable::Data::Replace(CellStore::Place place, std::vector<int> const& index, OmCellText const* cell) {
     std::uint64_t changes = cells.Changes();
     auto const put = [&](OmCellText* text) {
         if (changes != cells.Changes()) {
-            place = cells.Grow(index.data());
+            place = PlaceAgain(index);
             changes = cells.Changes();
         }
         cells.Put(place, text);
@@ -127,16 +132,17 @@ void OmPivotTable::Data::Replace(CellStore::Place place, std::vector<int> const&
     }
     // The place is empty while the old text goes and the new one comes, so that a failing clone leaves no dead pointer.
     // A cell that is stored into its own place is the one case that is cloned before.
-    OmCellText* clone = cell != nullptr && cell == old ? cell->Clone(this) : nullptr;
+    std::unique_ptr<OmCellText> made(cell != nullptr && cell == old ? cell->Clone(this) : nullptr);
     put(nullptr);
     delete old;
     if (cell == nullptr) {
         return;
     }
-    if (clone == nullptr) {
-        clone = cell->Clone(this);
+    if (made == nullptr) {
+        made.reset(cell->Clone(this));
     }
-    put(clone);
+    put(made.get());
+    OmCellText* const clone = made.release();
     clone->Accept(helper);
     if (saved != nullptr) {
         clone->setMeta(saved.get());
@@ -155,7 +161,13 @@ void OmPivotTable::Data::Remove(std::vector<int> const& index) {
         return;
     }
     delete cell;
-    cells.DestroyEmptyNodes(index.data());
+    if (cells.Levels() == index.size()) {
+        cells.DestroyEmptyNodes(index.data());
+    } else {
+        std::vector<int> wider = index;
+        wider.resize(cells.Levels(), 0);
+        cells.DestroyEmptyNodes(wider.data());
+    }
 }
 
 // --- axes ------------------------------------------------------------------------------------------------------------

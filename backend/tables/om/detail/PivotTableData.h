@@ -64,15 +64,16 @@ public:
             RefuseIndex(index);
         }
         CellStore::Reach const reach = cells.ReachOf(index.data());
-        if (reach.inside && !index.empty()) {
+        if (reach.IsInside()) {
             return cells.Find(index.data());
         }
-        if (reach.negative) {
+        if (reach.negative < 0) {
             RefuseIndex(index);
         }
         return nullptr;
     }
     void Store(std::vector<int> const& index, OmCellText const* cell);
+    CellStore::Place PlaceAgain(std::vector<int> index);
     void Replace(CellStore::Place place, std::vector<int> const& index, OmCellText const* cell);
     void Remove(std::vector<int> const& index);
 

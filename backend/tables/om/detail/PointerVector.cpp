@@ -20,10 +20,12 @@ static_assert(sizeof(Node) % alignof(void*) == 0 && sizeof(Node::Row) == sizeof(
 
 /// Smallest power of two that is at least `count` and `least`, which is one.
 std::uint32_t PowerAtLeast(std::uint64_t count, std::uint32_t least) {
+    constexpr std::uint64_t Most = std::uint64_t{1} << 31;
+    if (count > Most) {
+        throw std::bad_alloc();
+    }
     return std::max(least, static_cast<std::uint32_t>(std::bit_ceil(count)));
 }
-
-std::uint32_t InFours(std::uint64_t count) { return static_cast<std::uint32_t>((count + 3) / 4 * 4); }
 
 /// Sorts by the bits from `low` to `high` of each number, digit by digit, lowest first.
 void RadixSort(std::vector<std::uint64_t>& numbers, std::vector<std::uint64_t>& scratch, unsigned low, unsigned high) {
@@ -78,36 +80,50 @@ void Node::Destroy(Node* node) { OmMemoryRegion::Release(node); }
 
 // --- keyed entries ---------------------------------------------------------------------------------------------------
 
-void Node::SetTag(std::uint32_t place, unsigned char tag) {
-    Tags()[place] = tag;
-    // A group that begins at one of the last places reads on here.
-    if (place < TagGroup) {
-        Tags()[_capacity + place] = tag;
-    }
-}
-
 void* Node::KeyedEntryOf(Key key) const {
     KeyedEntry const* const found = Find(key);
     return found != nullptr ? found->entry : nullptr;
 }
 
-/// Takes the place for a key that is not there. REQUIRES: there is room.
-Node::KeyedEntry* Node::PlaceFor(Key key) {
-    KeyedEntry* const entries = Keyed();
-    std::uint32_t place = _keys;
-    if (_form == Form::Hash) {
-        std::uint64_t const hash = HashOf(key);
-        place = HomeOf(hash);
-        while (Tags()[place] != 0) {
-            place = (place + 1) & (_capacity - 1);
+void* const* Node::KeyedPlaceOf(Key key) const {
+    KeyedEntry const* const found = Find(key);
+    return found != nullptr ? &found->entry : nullptr;
+}
+
+Node* Node::OnlyChild() const {
+    std::uint32_t position = 0;
+    if (_form == Form::Dense) {
+        while (Slots()[position] == nullptr) {
+            ++position;
         }
-        SetTag(place, TagOf(hash));
-    } else {
-        for (; place > 0 && entries[place - 1].key > key; --place) {
-            entries[place] = entries[place - 1];
-        }
+        return static_cast<Node*>(Slots()[position]);
     }
+    while (!IsTaken(position) || Keyed()[position].entry == nullptr) {
+        ++position;
+    }
+    return static_cast<Node*>(Keyed()[position].entry);
+}
+
+/// Takes the place for a key that is not there. REQUIRES of both: there is room.
+Node::KeyedEntry* Node::PlaceInHash(std::uint64_t hash) {
+    std::uint32_t place = HomeOf(hash);
+    std::uint64_t group = TagsAt(Tags() + place);
+    while ((group & TagTops) == TagTops) {
+        place = (place + TagGroup) & (_capacity - 1);
+        group = TagsAt(Tags() + place);
+    }
+    place = (place + LowestByte(~group & TagTops)) & (_capacity - 1);
+    SetTag(place, TagOf(hash));
     ++_keys;
+    return Keyed() + place;
+}
+
+Node::KeyedEntry* Node::PlaceInList(Key key) {
+    KeyedEntry* const entries = Keyed();
+    std::uint32_t place = _keys++;
+    for (; place > 0 && entries[place - 1].key > key; --place) {
+        entries[place] = entries[place - 1];
+    }
     return entries + place;
 }
 
@@ -121,9 +137,11 @@ void Node::Append(Key key, void* entry) {
 }
 
 /// Puts what a node without box holds into a new block, which takes the old one's place.
-void Node::Reform(OmMemoryRegion& region, void*& link, Form form, std::uint32_t capacity) {
+/// Null entries, which mean something in a node that spans its leaves alone, are left behind elsewhere.
+void Node::Reform(OmMemoryRegion& region, void*& link, Form form, std::uint32_t capacity, std::uint64_t& changes) {
     Node* const old = static_cast<Node*>(link);
     Node* const node = Allocate(region, form, old->_spans, capacity);
+    node->_serial = static_cast<std::uint32_t>(++changes);
     node->_length = old->_length;
     node->_width = old->_width;
     node->_present = old->_present;
@@ -137,7 +155,7 @@ void Node::Reform(OmMemoryRegion& region, void*& link, Form form, std::uint32_t 
         }
     } else {
         for (std::uint32_t place = 0; place < old->Places(); ++place) {
-            if (old->IsTaken(place)) {
+            if (old->IsTaken(place) && (old->_spans || old->Keyed()[place].entry != nullptr)) {
                 node->Append(old->Keyed()[place].key, old->Keyed()[place].entry);
             }
         }
@@ -147,14 +165,15 @@ void Node::Reform(OmMemoryRegion& region, void*& link, Form form, std::uint32_t 
 }
 
 /// A new key in a list or a hash, which grows, or changes from the one to the other, when it is full.
-Node::Place Node::AddKey(OmMemoryRegion& region, void*& link, Key key, bool& moved) {
+Node::Place Node::AddKey(OmMemoryRegion& region, void*& link, Key key, std::uint64_t& changes) {
     Node* node = static_cast<Node*>(link);
     // In a list the later entries make room.
-    moved = moved || node->IsFull() || node->_form == Form::List;
+    changes += node->_form == Form::List ? 1 : 0;
     if (node->IsFull()) {
         bool const toList = node->_form == Form::List && node->_capacity < ListMost;
+        std::uint64_t const kept = node->_spans ? node->_keys : node->_present;
         Reform(region, link, toList ? Form::List : Form::Hash,
-               toList ? 2 * node->_capacity : PowerAtLeast(2 * std::uint64_t{node->_keys}, FewestPlaces));
+               toList ? 2 * node->_capacity : PowerAtLeast(2 * (kept + 1), FewestPlaces), changes);
         node = static_cast<Node*>(link);
     }
     KeyedEntry* const place = node->PlaceFor(key);
@@ -168,7 +187,7 @@ Node::Place Node::AddKey(OmMemoryRegion& region, void*& link, Key key, bool& mov
 
 // --- growing ---------------------------------------------------------------------------------------------------------
 
-Node::Place Node::GrowSlowly(OmMemoryRegion& region, void*& link, std::uint32_t position, bool& moved) {
+Node::Place Node::GrowSlowly(OmMemoryRegion& region, void*& link, std::uint32_t position, std::uint64_t& changes) {
     Node* node = static_cast<Node*>(link);
     bool const wasDense = node->_form == Form::Dense;
     KeyedEntry const* const found = wasDense ? nullptr : node->Find(position);
@@ -178,23 +197,34 @@ Node::Place Node::GrowSlowly(OmMemoryRegion& region, void*& link, std::uint32_t 
     std::uint64_t const length = std::max<std::uint64_t>(node->_length, std::uint64_t{position} + 1);
     std::uint64_t const taken = wasDense ? node->_present : node->_keys;
     if (node->IsFull() && IsDense(length, taken + 1)) {
-        moved = true;
-        Reform(region, link, Form::Dense, PowerAtLeast(length, FewestSlots));
+        Reform(region, link, Form::Dense, PowerAtLeast(length, FewestSlots), changes);
         node = static_cast<Node*>(link);
         node->_length = static_cast<std::uint32_t>(length);
         return {node, node->Slots() + position, nullptr};
     }
     if (wasDense) {
-        moved = true;
         bool const toList = taken < ListMost;
         Reform(region, link, toList ? Form::List : Form::Hash,
-               toList ? PowerAtLeast(taken + 1, 1) : PowerAtLeast(2 * (taken + 1), FewestPlaces));
+               toList ? PowerAtLeast(taken + 1, 1) : PowerAtLeast(2 * (taken + 1), FewestPlaces), changes);
     }
-    return AddKey(region, link, position, moved);
+    return AddKey(region, link, position, changes);
+}
+
+Node::Place Node::PlaceInHashWithRoom(std::uint32_t position, std::uint32_t below) {
+    Key const key = PairOf(position, below);
+    std::uint64_t const hash = HashOf(key);
+    KeyedEntry* entry = const_cast<KeyedEntry*>(FindInHash(key, hash));
+    if (entry == nullptr) {
+        entry = PlaceInHash(hash);
+        *entry = KeyedEntry{key, nullptr};
+        _length = std::max(_length, position + 1);
+        _width = std::max(_width, below + 1);
+    }
+    return {this, &entry->entry, nullptr};
 }
 
 Node::Place Node::GrowCellSlowly(OmMemoryRegion& region, void*& link, std::uint32_t position, std::uint32_t below,
-                                 bool& moved) {
+                                 std::uint64_t& changes) {
     Node* node = static_cast<Node*>(link);
     bool const isBox = node->_form == Form::Box;
     Key const key = PairOf(position, below);
@@ -205,16 +235,16 @@ Node::Place Node::GrowCellSlowly(OmMemoryRegion& region, void*& link, std::uint3
     std::uint64_t const length = std::max<std::uint64_t>(node->_length, std::uint64_t{position} + 1);
     std::uint64_t const width = std::max<std::uint64_t>(node->_width, std::uint64_t{below} + 1);
     // Subscripts are below 2^31, so the product fits.
-    bool const fitsBox = IsDense(length * width, std::uint64_t{isBox ? node->_present : node->_keys} + 1);
+    bool const fitsBox = IsDenseBox(length, width, std::uint64_t{isBox ? node->_present : node->_keys} + 1);
     if (isBox && !fitsBox) {
-        moved = true;
-        Split(region, link);
+        ++changes;
+        Split(region, link, changes);
         return {};
     }
     if (!isBox && !(fitsBox && node->_keys >= ListMost && node->IsFull())) {
-        return AddKey(region, link, key, moved);
+        return AddKey(region, link, key, changes);
     }
-    moved = true;
+    ++changes;
     isBox ? GrowBox(region, link, length, width) : KeysToBox(region, link, length, width);
     return static_cast<Node*>(link)->TakeIntoBox(position, below);
 }
@@ -222,15 +252,15 @@ Node::Place Node::GrowCellSlowly(OmMemoryRegion& region, void*& link, std::uint3
 // --- boxes -----------------------------------------------------------------------------------------------------------
 
 /// Makes room for more leaves, or longer ones. The first leaf doubles, as nobody knows its end yet; when the second one
-/// comes the stride is cut to what the first took.
+/// comes, and is not longer, the stride is cut to what the first took.
 void Node::GrowBox(OmMemoryRegion& region, void*& link, std::uint64_t length, std::uint64_t width) {
     Node* const old = static_cast<Node*>(link);
     std::uint32_t stride = old->_stride;
     if (width > stride) {
         stride = old->_length <= 1 ? PowerAtLeast(width, FewestSlots)
-                                   : InFours(std::max<std::uint64_t>(width, stride + std::uint64_t{stride} / 4));
+                                   : StrideFor(std::max<std::uint64_t>(width, stride + std::uint64_t{stride} / 4));
     } else if (old->_length <= 1) {
-        stride = InFours(width);
+        stride = StrideFor(width);
     }
     std::uint32_t capacity = old->_capacity;
     if (length > capacity) {
@@ -253,7 +283,7 @@ void Node::GrowBox(OmMemoryRegion& region, void*& link, std::uint64_t length, st
 
 void Node::KeysToBox(OmMemoryRegion& region, void*& link, std::uint64_t length, std::uint64_t width) {
     Node* const old = static_cast<Node*>(link);
-    Node* const node = Allocate(region, Form::Box, true, static_cast<std::uint32_t>(length), InFours(width));
+    Node* const node = Allocate(region, Form::Box, true, static_cast<std::uint32_t>(length), StrideFor(width));
     for (std::uint32_t place = 0; place < old->Places(); ++place) {
         if (old->IsTaken(place)) {
             KeyedEntry const& cell = old->Keyed()[place];
@@ -268,27 +298,27 @@ void Node::KeysToBox(OmMemoryRegion& region, void*& link, std::uint64_t length, 
     OmMemoryRegion::Release(old);
 }
 
-void Node::GiveUpKeys(OmMemoryRegion& region, void*& link) {
+void Node::GiveUpKeys(OmMemoryRegion& region, void*& link, std::uint64_t& changes) {
     Node const& node = *static_cast<Node*>(link);
-    if (IsDense(std::uint64_t{node._length} * node._width, node._keys)) {
+    ++changes;
+    if (IsDenseBox(node._length, node._width, node._keys)) {
         KeysToBox(region, link, node._length, node._width);
     } else {
-        Split(region, link);
+        Split(region, link, changes);
     }
 }
 
 // --- splitting -------------------------------------------------------------------------------------------------------
 
-void Node::Split(OmMemoryRegion& region, void*& link) {
+void Node::Split(OmMemoryRegion& region, void*& link, std::uint64_t& changes) {
     Node* const old = static_cast<Node*>(link);
     std::vector<void*> leaves;
     std::vector<KeyedEntry> cells;
     void* top = nullptr;
-    bool moved = false;
     auto const putLeaf = [&](std::uint32_t position, std::uint32_t length) {
         leaves.push_back(nullptr);
-        leaves.back() = old->NewLeaf(region, cells, length);
-        Place const place = Grow(region, top, position, moved);
+        leaves.back() = NewLeaf(region, cells, length, changes);
+        Place const place = Grow(region, top, position, changes);
         *place.entry = leaves.back();
         CountIn(place);
         cells.clear();
@@ -323,7 +353,7 @@ void Node::Split(OmMemoryRegion& region, void*& link) {
         }
         if (static_cast<Node*>(top)->_length < old->_length) {
             // The last positions have lost their leaves.
-            Grow(region, top, old->_length - 1, moved);
+            Grow(region, top, old->_length - 1, changes);
         }
     } catch (...) {
         std::for_each(leaves.begin(), leaves.end(), OmMemoryRegion::Release);
@@ -335,12 +365,14 @@ void Node::Split(OmMemoryRegion& region, void*& link) {
 }
 
 /// A leaf with these cells, ascending, and this length, in the form that suits them.
-void* Node::NewLeaf(OmMemoryRegion& region, std::vector<KeyedEntry> const& cells, std::uint32_t length) const {
+void* Node::NewLeaf(OmMemoryRegion& region, std::vector<KeyedEntry> const& cells, std::uint32_t length,
+                    std::uint64_t& changes) {
     Form const form = IsDense(length, cells.size()) ? Form::Dense : cells.size() <= ListMost ? Form::List : Form::Hash;
     Node* const leaf = Allocate(region, form, false,
                                 form == Form::Dense  ? PowerAtLeast(length, FewestSlots)
                                 : form == Form::List ? PowerAtLeast(cells.size(), 1)
                                                      : PowerAtLeast(2 * cells.size(), FewestPlaces));
+    leaf->_serial = static_cast<std::uint32_t>(++changes);
     for (KeyedEntry const& cell : cells) {
         leaf->Append(cell.key, cell.entry);
         leaf->_present += cell.entry != nullptr ? 1 : 0;

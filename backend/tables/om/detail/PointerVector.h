@@ -30,8 +30,8 @@
 /// A node means a logical length and entries below it, null unless put there. How it keeps them depends on what is in
 /// it. Head and entries are one block:
 ///
-///     Dense    +------+----------------------------------+   one slot for each position; while a quarter of the
-///              | head | slot 0 | slot 1 | slot 2 | ...   |   positions below the length are taken
+///     Dense    +------+----------------------------------+   one slot for each position, as long as a quarter of the
+///              | head | slot 0 | slot 1 | slot 2 | ...   |   positions below the length are taken when it grows
 ///              +------+----------------------------------+
 ///
 ///     List     +------+--------------+--------------+        up to 8 entries of their own, sorted by key
@@ -54,13 +54,16 @@
 ///                     |<--- stride ---->|
 ///
 /// A dense table is found by one load below the box's head, a sparse one by one cache miss: a leaf of its own for the
-/// one or two cells that a leaf of a sparse table holds costs 48 bytes and a second miss. In a list or a hash a leaf is
-/// there when some key has its subscript, and its length is the largest second subscript of those keys plus one. That
-/// is right as long as cells only come, and a key whose cell is null counts. Before a cell is deleted a node of keys is
-/// therefore turned into a box, or split into leaves, which it then stays. A box that would become sparse is split too.
+/// one or two cells that a leaf of a sparse table holds costs 56 to 80 bytes and a second miss. In a list or a hash a
+/// leaf is there when some key has its subscript, and its length is the largest second subscript of those keys plus
+/// one. That is right as long as cells only come, and a key whose cell is null counts. Before a cell is deleted a node
+/// of keys is therefore turned into a box, or split into leaves, which it then stays. A box that growth would make
+/// sparse is split too.
 ///
 /// A node is known by the one place that holds its address (`link`: the slot of the node above, or the store's root),
-/// because it moves when it grows. The node owns no entry. Whatever throws std::bad_alloc leaves the node as it was.
+/// because it moves when it grows. What grows a node is handed the store's count of changes, and raises it whenever a
+/// place that was given before is no longer valid. The node owns no entry. Whatever throws std::bad_alloc leaves the
+/// node as it was.
 class OMTREE_LOCAL OmPivotTable::PointerVector {
 public:
     using Key = std::uint64_t;
@@ -81,7 +84,7 @@ public:
         std::uint32_t present;
     };
 
-    /// Where an entry stands: valid until `moved` is raised by a growth, and for the node until it is destroyed.
+    /// Where an entry stands: valid until a growth counts a change, and until the node, or a row of it, goes.
     struct Place {
         PointerVector* node;
         void** entry;
@@ -125,33 +128,45 @@ public:
 
     /// The place of an entry, which is made, null, and the length grown to it, when it was not there. Amortised O(1).
     /// REQUIRES: does not span its leaves.
-    static Place Grow(OmMemoryRegion& region, void*& link, std::uint32_t position, bool& moved) {
+    static Place Grow(OmMemoryRegion& region, void*& link, std::uint32_t position, std::uint64_t& changes) {
         PointerVector& node = *static_cast<PointerVector*>(link);
         if (node._form == Form::Dense && position < node._capacity) {
             node._length = position < node._length ? node._length : position + 1;
             return {&node, node.Slots() + position, nullptr};
         }
-        return GrowSlowly(region, link, position, moved);
+        return GrowSlowly(region, link, position, changes);
     }
 
     /// The same for a cell of a node that spans its leaves. Its entry is null when the node was split instead: the
     /// leaves are now to be grown.
     static Place GrowCell(OmMemoryRegion& region, void*& link, std::uint32_t position, std::uint32_t below,
-                          bool& moved) {
-        PointerVector& node = *static_cast<PointerVector*>(link);
-        if (node._form == Form::Box && position < node._capacity && below < node._stride) {
-            return node.TakeIntoBox(position, below);
-        }
-        return GrowCellSlowly(region, link, position, below, moved);
+                          std::uint64_t& changes) {
+        Place const place = static_cast<PointerVector*>(link)->PlaceIfRoom(position, below);
+        return place.entry != nullptr ? place : GrowCellSlowly(region, link, position, below, changes);
     }
 
-    /// The same, without growing: the place of a cell whose subscripts are below the lengths that the node has seen.
-    /// Null when it cannot be given so.
-    Place PlaceOfSeen(std::uint32_t position, std::uint32_t below) {
-        if (_form == Form::Box && position < _length && below < _width) {
+    /// Where an entry that was grown to stands, or null. REQUIRES: does not span its leaves.
+    void** EntryPlace(std::uint32_t position) {
+        if (_form == Form::Dense) {
+            return position < _length ? Slots() + position : nullptr;
+        }
+        return const_cast<void**>(KeyedPlaceOf(position));
+    }
+    bool HasOneEntry() const { return _present == 1; }
+    /// REQUIRES: one entry, which is a node.
+    PointerVector* OnlyChild() const;
+
+    /// The child of a dense node, or null; null of any other.
+    PointerVector* ChildInSlot(std::uint32_t position) const {
+        return _form == Form::Dense && position < _length ? static_cast<PointerVector*>(Slots()[position]) : nullptr;
+    }
+
+    /// `GrowCell` of a box or a hash with room, where nothing moves. Its entry is null when it cannot be given so.
+    Place PlaceIfRoom(std::uint32_t position, std::uint32_t below) {
+        if (_form == Form::Box && position < _capacity && below < _stride) {
             return TakeIntoBox(position, below);
         }
-        return {};
+        return _form == Form::Hash && !IsFull() ? PlaceInHashWithRoom(position, below) : Place{};
     }
 
     /// For who writes a place: what was null there and no longer is, or the other way round.
@@ -169,7 +184,7 @@ public:
     }
 
     /// Turns a list or a hash that spans its leaves into a box or, where that does not pay, into leaves. O(cells).
-    static void GiveUpKeys(OmMemoryRegion& region, void*& link);
+    static void GiveUpKeys(OmMemoryRegion& region, void*& link, std::uint64_t& changes);
 
     /// A leaf of a box. REQUIRES: position < Length().
     Row const& RowAt(std::uint32_t position) const { return Rows()[position]; }
@@ -199,6 +214,11 @@ public:
     std::uint32_t Places() const { return _form == Form::Hash ? _capacity : _keys; }
     bool IsTaken(std::uint32_t place) const { return _form == Form::List || Tags()[place] != 0; }
     bool HasOrder() const { return _form != Form::Hash; }
+    /// Of a hash: another one whenever its places moved, and never that of another hash of the table.
+    std::uint32_t Serial() const { return _serial; }
+    std::uint32_t Keys() const { return _keys; }
+    /// The largest length that a spanned leaf has had.
+    std::uint32_t Width() const { return _width; }
 
     /// A hash's entries in the order of their keys. Replaces `order`, whose numbers are for `KeyedIn` and hold until a
     /// place moves; `scratch` is room for the work. O(entries). REQUIRES: a list or a hash.
@@ -232,6 +252,14 @@ private:
         return positions <= OMTREE_NODE_DENSE_FACTOR * taken + OMTREE_NODE_DENSE_SLACK;
     }
 
+    /// The same for a box, whose rows are rounded up and take one word each.
+    static bool IsDenseBox(std::uint64_t length, std::uint64_t width, std::uint64_t cells) {
+        return IsDense(length * (StrideFor(width) + std::uint64_t{1}), cells);
+    }
+    static std::uint32_t StrideFor(std::uint64_t width) {
+        return static_cast<std::uint32_t>(width < 4 ? width : (width + 3) / 4 * 4);
+    }
+
     static std::uint64_t HashOf(Key key) {
         // Both halves of the key reach every bit that counts, so that pairs on a line or a lattice spread as well.
         std::uint64_t const mixed = (key ^ key >> 29) * 0x9e3779b97f4a7c15U;
@@ -239,14 +267,22 @@ private:
     }
     std::uint32_t HomeOf(std::uint64_t hash) const { return static_cast<std::uint32_t>(hash >> 32) & (_capacity - 1); }
     static unsigned char TagOf(std::uint64_t hash) { return static_cast<unsigned char>(hash >> 57 | 0x80U); }
-    void SetTag(std::uint32_t place, unsigned char tag);
+    void SetTag(std::uint32_t place, unsigned char tag) {
+        Tags()[place] = tag;
+        // A group that begins at one of the last places reads on here.
+        if (place < TagGroup) {
+            Tags()[_capacity + place] = tag;
+        }
+    }
 
     /// Out of line, so that the way through slots needs no registers for this one.
     void* KeyedEntryOf(Key key) const;
-    KeyedEntry const* Find(Key key) const { return _form == Form::Hash ? FindInHash(key) : FindInList(key); }
-    KeyedEntry const* FindInHash(Key key) const {
+    void* const* KeyedPlaceOf(Key key) const;
+    KeyedEntry const* Find(Key key) const {
+        return _form == Form::Hash ? FindInHash(key, HashOf(key)) : FindInList(key);
+    }
+    KeyedEntry const* FindInHash(Key key, std::uint64_t hash) const {
         constexpr std::uint64_t Ones = 0x0101010101010101U;
-        std::uint64_t const hash = HashOf(key);
         std::uint64_t const wanted = Ones * TagOf(hash);
         std::uint32_t const last = _capacity - 1;
         unsigned char const* const tags = Tags();
@@ -313,16 +349,20 @@ private:
         return PlaceInBox(position, below);
     }
 
-    static Place GrowSlowly(OmMemoryRegion& region, void*& link, std::uint32_t position, bool& moved);
+    static Place GrowSlowly(OmMemoryRegion& region, void*& link, std::uint32_t position, std::uint64_t& changes);
+    Place PlaceInHashWithRoom(std::uint32_t position, std::uint32_t below);
     static Place GrowCellSlowly(OmMemoryRegion& region, void*& link, std::uint32_t position, std::uint32_t below,
-                                bool& moved);
+                                std::uint64_t& changes);
     static void GrowBox(OmMemoryRegion& region, void*& link, std::uint64_t length, std::uint64_t width);
-    static Place AddKey(OmMemoryRegion& region, void*& link, Key key, bool& moved);
-    static void Reform(OmMemoryRegion& region, void*& link, Form form, std::uint32_t capacity);
+    static Place AddKey(OmMemoryRegion& region, void*& link, Key key, std::uint64_t& changes);
+    static void Reform(OmMemoryRegion& region, void*& link, Form form, std::uint32_t capacity, std::uint64_t& changes);
     static void KeysToBox(OmMemoryRegion& region, void*& link, std::uint64_t length, std::uint64_t width);
-    static void Split(OmMemoryRegion& region, void*& link);
-    void* NewLeaf(OmMemoryRegion& region, std::vector<KeyedEntry> const& cells, std::uint32_t length) const;
-    KeyedEntry* PlaceFor(Key key);
+    static void Split(OmMemoryRegion& region, void*& link, std::uint64_t& changes);
+    static void* NewLeaf(OmMemoryRegion& region, std::vector<KeyedEntry> const& cells, std::uint32_t length,
+                         std::uint64_t& changes);
+    KeyedEntry* PlaceFor(Key key) { return _form == Form::Hash ? PlaceInHash(HashOf(key)) : PlaceInList(key); }
+    KeyedEntry* PlaceInList(Key key);
+    KeyedEntry* PlaceInHash(std::uint64_t hash);
     void Append(Key key, void* entry);
 
     std::uint32_t _length = 0;
@@ -333,7 +373,7 @@ private:
     std::uint32_t _stride;   ///< box: slots of a leaf
     Form _form;
     bool _spans;
-    [[maybe_unused]] char _unused[6] = {};
+    std::uint32_t _serial = 0; ///< hash: the count of changes when it was made
 };
 
 #endif
