@@ -49,10 +49,13 @@ void Cursor::NextInList() {
                 return;
             }
         }
+        std::uint64_t const* const order = levels[inSpanning ? 1 : 0].order.data();
         while (length != 0 && ++at < length) {
-            PointerVector::KeyedEntry const& found = KeyedInList(at);
+            PointerVector::KeyedEntry const& found = keyed[order[at] & lastPlace];
             if (found.entry != nullptr) {
-                Prefetch(KeyedInList(std::min(at + std::size_t{Ahead}, length - 1)).entry);
+                if (length - at > std::size_t{Ahead}) {
+                    Prefetch(keyed[order[at + std::size_t{Ahead}] & lastPlace].entry);
+                }
                 key = found.key;
                 cell = static_cast<OmCellText*>(found.entry);
                 return;

@@ -61,12 +61,11 @@ public:
     OmCellText* Find(int const* index) const {
         PointerVector const* node = Root();
         for (std::size_t k = _largest.size() - 1; k > 0; --k) {
-            if (node->SpansLeaves()) {
-                return static_cast<OmCellText*>(node->Cell(Subscript(index, 1), Subscript(index, 0)));
-            }
             void* const* const entries = node->DenseEntries();
             if (entries == nullptr) {
-                return FindBelow(*node, k, index);
+                return node->SpansLeaves()
+                           ? static_cast<OmCellText*>(node->Cell(Subscript(index, 1), Subscript(index, 0)))
+                           : FindBelow(*node, k, index);
             }
             std::uint32_t const position = Subscript(index, k);
             if (position >= node->Length() || entries[position] == nullptr) {
@@ -88,7 +87,7 @@ public:
         // store takes a tenth less time by it than by the general way.
         std::size_t k = _largest.size();
         PointerVector* node = k > 1 ? Root() : nullptr;
-        while (node != nullptr && !node->SpansLeaves()) {
+        while (node != nullptr && node->DenseEntries() != nullptr) {
             node = --k > 1 ? node->ChildInSlot(Subscript(index, k)) : nullptr;
         }
         Place const place = node != nullptr ? node->PlaceIfRoom(Subscript(index, 1), Subscript(index, 0)) : Place{};

@@ -166,7 +166,7 @@ public:
         if (_form == Form::Box && position < _capacity && below < _stride) {
             return TakeIntoBox(position, below);
         }
-        return _form == Form::Hash && !IsFull() ? PlaceInHashWithRoom(position, below) : Place{};
+        return _form == Form::Hash && _spans && !IsFull() ? PlaceInHashWithRoom(position, below) : Place{};
     }
 
     /// For who writes a place: what was null there and no longer is, or the other way round.
