@@ -80,7 +80,8 @@ void Live(benchmark::State& state) {
     });
     phases.Record("bytes", static_cast<double>(HeapInUse() - before) / static_cast<double>(count));
 
-    // Look-ups are timed when they have run once: the first round pays for what the stores before it left in the caches.
+    // Look-ups are timed when they have run once: the first round pays for what the stores before it left in the
+    // caches.
     std::size_t hits = CountPresent(*store, inputs.present);
     phases.Time("hit", count, [&] { hits = CountPresent(*store, inputs.present); });
     std::size_t misses = count - CountPresent(*store, inputs.absent);
