@@ -33,7 +33,7 @@ std::vector<std::string> const& Labels() {
                                      std::string("abcdefgh\0", 9),
                                      std::string("abcdefghijklmno\0", 16)};
         std::string const alphabet = "abcdefghijklmnopqrstuvwxyz0123456789";
-        for (std::size_t const length : {1, 2, 3, 4, 5, 7, 8, 9, 11, 14, 15, 16, 17, 23, 24, 31, 36}) {
+        for (std::size_t const length : {1U, 2U, 3U, 4U, 5U, 7U, 8U, 9U, 11U, 14U, 15U, 16U, 17U, 23U, 24U, 31U, 36U}) {
             all.push_back(alphabet.substr(0, length));
             all.push_back(alphabet.substr(0, length - 1) + "B");
             all.push_back("B" + alphabet.substr(1, length - 1));
