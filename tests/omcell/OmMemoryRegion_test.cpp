@@ -1,6 +1,5 @@
 #include "omcell/OmMemoryRegion.h"
 
-#include "omcell/OmRegionManaged.h"
 #include "tests/support/AllocatorMayReturnNull.h"
 #include "tests/support/HeapInUse.h"
 
@@ -65,20 +64,6 @@ struct CountingDependent : OmMemoryRegion::Dependent {
             counting.regionWhenDropped = self.region;
         };
     }
-};
-
-class Managed : public OmRegionManaged {
-public:
-    explicit Managed(int& destroyed) : _destroyed(destroyed) {}
-    ~Managed() override { ++_destroyed; }
-
-private:
-    int& _destroyed;
-};
-
-class Throwing : public OmRegionManaged {
-public:
-    Throwing() { throw std::bad_alloc(); }
 };
 
 } // namespace
@@ -496,141 +481,3 @@ TEST(OmMemoryRegion, StorageOfAnEndedRegionIsNotPoisonedForItsNextOwner) {
     }
 }
 #endif
-
-// --- watchers --------------------------------------------------------------------------------------------------------
-
-namespace {
-
-struct CountingWatcher : OmMemoryRegion::Watcher {
-    int settled = 0;
-    OmMemoryRegion* regionWhenSettled = nullptr;
-
-    CountingWatcher() {
-        settle = [](OmMemoryRegion::Watcher& self) {
-            auto& counting = static_cast<CountingWatcher&>(self);
-            counting.settled += 1;
-            counting.regionWhenSettled = self.region;
-        };
-    }
-};
-
-} // namespace
-
-TEST(OmMemoryRegionWatcher, IsSettledOnceBeforeTheFirstEdit) {
-    OmMemoryRegion region(false);
-    CountingWatcher first;
-    CountingWatcher second;
-    region.Watch(first);
-    region.Watch(second);
-    EXPECT_EQ(first.region, &region);
-    region.BeforeEdit();
-    region.BeforeEdit();
-    EXPECT_EQ(first.settled, 1);
-    EXPECT_EQ(second.settled, 1);
-    EXPECT_EQ(first.regionWhenSettled, nullptr);
-}
-
-TEST(OmMemoryRegionWatcher, CanBePutOnTheListAgainByItsOwnSettling) {
-    struct Again : OmMemoryRegion::Watcher {
-        OmMemoryRegion* home = nullptr;
-        int settled = 0;
-    };
-    OmMemoryRegion region(false);
-    OmMemoryRegion other(false);
-    Again watcher;
-    watcher.home = &other;
-    watcher.settle = [](OmMemoryRegion::Watcher& self) {
-        auto& again = static_cast<Again&>(self);
-        ++again.settled;
-        again.home->Watch(self);
-    };
-    region.Watch(watcher);
-    region.BeforeEdit();
-    EXPECT_EQ(watcher.settled, 1);
-    EXPECT_EQ(watcher.region, &other);
-    OmMemoryRegion::Unwatch(watcher);
-}
-
-TEST(OmMemoryRegionWatcher, OneTakenOffIsNotSettled) {
-    OmMemoryRegion region(false);
-    CountingWatcher first;
-    CountingWatcher second;
-    CountingWatcher third;
-    region.Watch(first);
-    region.Watch(second);
-    region.Watch(third);
-    OmMemoryRegion::Unwatch(second);
-    OmMemoryRegion::Unwatch(second);
-    region.BeforeEdit();
-    EXPECT_EQ(first.settled, 1);
-    EXPECT_EQ(second.settled, 0);
-    EXPECT_EQ(third.settled, 1);
-}
-
-TEST(OmMemoryRegionWatcher, SweepForgetsTheListWithoutACall) {
-    CountingWatcher watcher;
-    {
-        OmMemoryRegion region(false);
-        region.Watch(watcher);
-        region.WorkingRelease(false);
-        EXPECT_EQ(watcher.region, nullptr);
-        region.BeforeEdit();
-    }
-    OmMemoryRegion::Unwatch(watcher);
-    EXPECT_EQ(watcher.settled, 0);
-}
-
-TEST(OmMemoryRegionWatcher, DefaultHeapKeepsNone) {
-    CountingWatcher watcher;
-    OmMemoryRegion::DefaultHeap()->Watch(watcher);
-    EXPECT_EQ(watcher.region, nullptr);
-    OmMemoryRegion::DefaultHeap()->BeforeEdit();
-    EXPECT_EQ(watcher.settled, 0);
-}
-
-// --- objects in regions ----------------------------------------------------------------------------------------------
-
-TEST(OmRegionManaged, ObjectLiesWhereItWasMadeAndGoesBackThere) {
-    int destroyed = 0;
-    OmMemoryRegion region(false);
-    Managed* const object = new (&region) Managed(destroyed);
-    EXPECT_EQ(region.LiveBlocks(), 1U);
-    delete object;
-    EXPECT_EQ(region.LiveBlocks(), 0U);
-    EXPECT_EQ(destroyed, 1);
-}
-
-TEST(OmRegionManaged, ObjectMadeWithoutRegionGoesBackToTheDefaultHeap) {
-    int destroyed = 0;
-    Managed* const plain = new Managed(destroyed);
-    OmRegionManaged* const byNull = new (static_cast<OmMemoryRegion*>(nullptr)) Managed(destroyed);
-    delete plain;
-    delete byNull;
-    EXPECT_EQ(destroyed, 2);
-}
-
-TEST(OmRegionManaged, DeleteThroughTheBaseReleasesTheBlock) {
-    int destroyed = 0;
-    OmMemoryRegion region(false);
-    OmRegionManaged* const object = new (&region) Managed(destroyed);
-    delete object;
-    EXPECT_EQ(region.LiveBlocks(), 0U);
-    EXPECT_EQ(destroyed, 1);
-}
-
-TEST(OmRegionManaged, FailingConstructorGivesTheBlockBack) {
-    OmMemoryRegion region(false);
-    EXPECT_THROW(new (&region) Throwing, std::bad_alloc);
-    EXPECT_EQ(region.LiveBlocks(), 0U);
-    EXPECT_THROW(new Throwing, std::bad_alloc);
-}
-
-TEST(OmRegionManaged, DestructorAfterTheSweepIsHarmless) {
-    int destroyed = 0;
-    OmMemoryRegion region(false);
-    Managed* const object = new (&region) Managed(destroyed);
-    region.WorkingRelease(false);
-    delete object;
-    EXPECT_EQ(destroyed, 1);
-    EXPECT_EQ(region.LiveBlocks(), 0U);
-}
