@@ -67,7 +67,10 @@ public:
             return VisitBox(visit, lowest);
         }
         if (_wanted[1] >= 0 && _node.Width() < _node.Places()) {
-            return VisitLeaf(visit, lowest);
+            // The leaves of this hash are short: asking for each subscript costs less than a look at every place.
+            std::uint32_t const position = static_cast<std::uint32_t>(_wanted[1]);
+            auto const isThere = [&](std::uint32_t below) { return _node.Cell(position, below) != nullptr; };
+            return VisitLeaf(visit, lowest, position, _node.Width(), isThere);
         }
         return lowest == 0 ? VisitPairs(visit) : VisitOrdered(visit);
     }
@@ -113,38 +116,22 @@ private:
     bool VisitBox(Visit&& visit, std::size_t lowest) {
         auto const [first, end] = Range(_wanted[1], _node.Length());
         for (std::uint32_t row = first; row < end; ++row) {
-            if (!VisitRow(visit, lowest, row)) {
+            void* const* const entries = _node.RowEntries(row);
+            auto const isThere = [entries](std::uint32_t below) { return entries[below] != nullptr; };
+            if (!VisitLeaf(visit, lowest, row, _node.RowAt(row).length, isThere)) {
                 return false;
             }
         }
         return true;
     }
 
-    template <typename Visit>
-    bool VisitRow(Visit&& visit, std::size_t lowest, std::uint32_t row) {
-        void* const* const entries = _node.RowEntries(row);
-        auto const [first, end] = Range(_wanted[0], _node.RowAt(row).length);
+    /// One leaf, each of whose subscripts below `length` is asked for.
+    template <typename Visit, typename IsThere>
+    bool VisitLeaf(Visit&& visit, std::size_t lowest, std::uint32_t position, std::uint32_t length, IsThere&& isThere) {
+        _index[1] = static_cast<int>(position);
+        auto const [first, end] = Range(_wanted[0], length);
         for (std::uint32_t below = first; below < end; ++below) {
-            if (entries[below] != nullptr) {
-                _index[1] = static_cast<int>(row);
-                _index[0] = static_cast<int>(below);
-                if (!visit(_index)) {
-                    return false;
-                }
-                if (lowest == 1) {
-                    return true;
-                }
-            }
-        }
-        return true;
-    }
-
-    /// One leaf of a hash whose leaves are short: each of its cells is asked for.
-    template <typename Visit>
-    bool VisitLeaf(Visit&& visit, std::size_t lowest) {
-        _index[1] = _wanted[1];
-        for (std::uint32_t below = 0; below < _node.Width(); ++below) {
-            if (_node.Cell(static_cast<std::uint32_t>(_wanted[1]), below) != nullptr) {
+            if (isThere(below)) {
                 _index[0] = static_cast<int>(below);
                 if (!visit(_index)) {
                     return false;

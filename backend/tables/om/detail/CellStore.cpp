@@ -2,7 +2,7 @@
 
 #include "omcell/OmMemoryRegion.h"
 
-#include <limits>
+#include <algorithm>
 
 using Store = OmPivotTable::CellStore;
 
