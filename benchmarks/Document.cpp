@@ -20,7 +20,8 @@ constexpr char CodePage[] = "UTF-8";
 
 /// The fields of our parts, and the children.
 struct RivalPart {
-    RivalPart(RivalText const& text, std::string const& codePage) : title(text.Clone()), localeCodePage(codePage) {}
+    RivalPart(RivalText const& text, std::string const& codePage)
+        : title(text.Clone()), isLog(text.Given() == "Log"), localeCodePage(codePage) {}
     RivalPart(RivalPart const&) = delete;
     RivalPart& operator=(RivalPart const&) = delete;
     virtual ~RivalPart() = default;
@@ -29,6 +30,7 @@ struct RivalPart {
     void* userData = nullptr;
     bool visible = true;
     bool expanded = true;
+    bool isLog;
     std::list<std::string> textList;
     std::string localeCodePage;
     std::vector<std::unique_ptr<RivalPart>> children;
