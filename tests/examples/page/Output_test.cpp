@@ -24,6 +24,7 @@ namespace fs = std::filesystem;
 class Folder {
 public:
     Folder() {
+        // The six letters are what mkdtemp puts a name of its own for.
         std::string name = (fs::temp_directory_path() / "omtree-output-XXXXXX").string();
         EXPECT_NE(mkdtemp(name.data()), nullptr);
         _path = name;
