@@ -26,11 +26,25 @@
 namespace {
 
 constexpr std::size_t Word = sizeof(void*);
+constexpr std::size_t PageBytes = std::size_t{1} << 16;
 constexpr std::size_t FirstChunkBytes = 2048;
-constexpr std::size_t LastChunkBytes = std::size_t{1} << 20;
+constexpr std::size_t LastChunkBytes = PageBytes;
 
 static_assert(Word == 8, "the owner word in front of a block is eight bytes");
 static_assert(alignof(std::max_align_t) <= 16, "blocks are aligned to sixteen bytes");
+
+// The head takes a cache line, so that blocks of one lie in one. A page is taken a little short: the allocator's own
+// words fit before the next page then, and pages follow each other without a gap.
+constexpr std::size_t PageHead = 64;
+constexpr std::size_t TakenForPage = PageBytes - 64;
+
+// Of a payload; set for all but blocks of pages.
+constexpr std::uintptr_t WordBit = 16;
+
+std::uintptr_t AddressOf(void const* place) { return reinterpret_cast<std::uintptr_t>(place); }
+bool HasWord(void const* block) { return (AddressOf(block) & WordBit) != 0; }
+// From a place that the allocator gives, a multiple of sixteen, to the next multiple of thirty-two.
+std::size_t ToEvenPlace(void const* place) { return AddressOf(place) & WordBit; }
 
 // Whether somebody watches the process. Asked once for each arena: a request to valgrind costs some cycles even where
 // nobody listens.
@@ -69,6 +83,15 @@ void* TakeFromSystem(std::size_t bytes) {
     return place;
 }
 
+// The words in released blocks are ours to read, whoever watches.
+void Reveal([[maybe_unused]] void* word) {
+#if defined(OM_ADDRESS_SANITIZER)
+    ASAN_UNPOISON_MEMORY_REGION(word, Word);
+#elif defined(OM_VALGRIND)
+    static_cast<void>(VALGRIND_MAKE_MEM_DEFINED(word, Word));
+#endif
+}
+
 template <typename T>
 void WriteWord(void* word, T* value) {
     std::memcpy(word, &value, Word);
@@ -95,12 +118,20 @@ struct OmMemoryRegion::Chunk {
     std::size_t bytes;
 };
 
+struct OmMemoryRegion::Page {
+    OmMemoryRegion* region;
+    std::size_t sizeClass;
+    Page* next;
+
+    static Page* Of(void* block) { return reinterpret_cast<Page*>(AddressOf(block) & ~(PageBytes - 1)); }
+};
+
 struct OmMemoryRegion::LargeBlock {
     Owner owner;
     LargeBlock* previous;
     LargeBlock* next;
-    std::size_t bytes; ///< taken from the global allocator, this head included
-    void* word;        ///< owner word of the payload behind
+    void* start; ///< what the global allocator gave
+    void* word;  ///< owner word of the payload behind
 };
 
 /// Keeps the default heap out of static destruction: other static objects may release blocks after any point.
@@ -111,9 +142,10 @@ struct DefaultHeapHolder {
 };
 
 OmMemoryRegion::OmMemoryRegion(bool) : _nextChunkBytes(FirstChunkBytes), _watched(IsWatched()) {
-    static_assert(sizeof(Chunk) % 16 == 0 && sizeof(LargeBlock) % 16 == 0);
     for (std::size_t i = 0; i < Classes; ++i) {
-        _classes[i] = SizeClass{Owner{this, (i + 1) * Stride - Word}, nullptr};
+        std::size_t const stride = (i + 1) * Stride;
+        _pageClasses[i] = PageClass{nullptr, nullptr, nullptr, PageBytes / stride};
+        _wordClasses[i] = WordClass{Owner{this, stride - Word}, nullptr};
     }
 }
 
@@ -129,10 +161,18 @@ OmMemoryRegion::~OmMemoryRegion() {
         }
         std::free(chunk);
     }
+    while (_firstPage != nullptr) {
+        Page* const page = _firstPage;
+        _firstPage = page->next;
+        if (_watched) {
+            Unpoison(page, TakenForPage);
+        }
+        std::free(page);
+    }
     while (_large != nullptr) {
         LargeBlock* const block = _large;
         _large = block->next;
-        std::free(block);
+        std::free(block->start);
     }
 }
 
@@ -143,42 +183,72 @@ OmMemoryRegion* OmMemoryRegion::DefaultHeap() {
 
 void* OmMemoryRegion::Allocate(std::size_t bytes) {
     if (_defaultHeap) {
-        char* const place = static_cast<char*>(TakeFromSystem(SumOrThrow(bytes, 2 * Word)));
-        WriteWord<Owner>(place + Word, nullptr);
-        return place + 2 * Word;
+        char* const place = static_cast<char*>(TakeFromSystem(SumOrThrow(bytes, Stride)));
+        std::size_t const shift = ToEvenPlace(place);
+        char* const block = place + shift + WordBit;
+        WriteWord(block - Word, reinterpret_cast<void*>(shift / WordBit));
+        return block;
     }
-    if (bytes <= SmallLimit) {
-        return AllocateSmall((bytes + Word + Stride - 1) / Stride - 1, bytes);
+    if (bytes > SmallLimit) {
+        return AllocateLarge(bytes);
     }
-    return AllocateLarge(bytes);
+    std::size_t const sizeClass = (bytes - (bytes != 0 ? 1 : 0)) / Stride;
+    std::size_t const stride = (sizeClass + 1) * Stride;
+    PageClass& kind = _pageClasses[sizeClass];
+    void* block = kind.released;
+    if (block != nullptr) {
+        if (_watched) {
+            Reveal(block);
+        }
+        kind.released = ReadWord<void>(block);
+    } else if (kind.next != kind.end) {
+        block = kind.next;
+        kind.next += stride;
+    } else {
+        return AllocateFromChunk(kind, bytes);
+    }
+    if (_watched) {
+        Poison(block, Word);
+        Unpoison(block, bytes);
+    }
+    ++_liveBlocks;
+    _liveBytes += stride;
+    return block;
 }
 
-void* OmMemoryRegion::AllocateSmall(std::size_t sizeClass, std::size_t bytes) {
-    SizeClass& kind = _classes[sizeClass];
-    char* word = static_cast<char*>(kind.released);
+// What a class in pages once cut from chunks comes round again here, whenever its newest page is full.
+void* OmMemoryRegion::AllocateFromChunk(PageClass& kind, std::size_t bytes) {
+    WordClass& words = _wordClasses[(bytes + Word - 1) / Stride];
+    char* word = static_cast<char*>(words.released);
     if (word != nullptr) {
-        kind.released = ReadWord<void>(word);
+        words.released = ReadWord<void>(word);
+    } else if (kind.beforePages == 0) {
+        AddPage(kind);
+        return Allocate(bytes);
     } else {
-        std::size_t const stride = kind.owner.payload + Word;
+        std::size_t const stride = words.owner.payload + Word;
         if (static_cast<std::size_t>(_limit - _bump) < stride) {
             AddChunk();
         }
+        --kind.beforePages;
         word = _bump;
         _bump += stride;
     }
     if (_watched) {
         Unpoison(word, Word + bytes);
     }
-    WriteWord(word, &kind.owner);
+    WriteWord(word, &words.owner);
     ++_liveBlocks;
-    _liveBytes += kind.owner.payload;
+    _liveBytes += words.owner.payload;
     return word + Word;
 }
 
 void* OmMemoryRegion::AllocateLarge(std::size_t bytes) {
-    std::size_t const total = SumOrThrow(bytes, sizeof(LargeBlock));
-    LargeBlock* const block = static_cast<LargeBlock*>(TakeFromSystem(total));
-    *block = LargeBlock{Owner{this, bytes}, nullptr, _large, total, &block->owner};
+    static_assert((sizeof(LargeBlock) & WordBit) != 0);
+    std::size_t const total = SumOrThrow(bytes, sizeof(LargeBlock) + WordBit);
+    char* const start = static_cast<char*>(TakeFromSystem(total));
+    LargeBlock* const block = reinterpret_cast<LargeBlock*>(start + ToEvenPlace(start));
+    *block = LargeBlock{Owner{this, bytes}, nullptr, _large, start, &block->owner};
     if (_large != nullptr) {
         _large->previous = block;
     }
@@ -193,8 +263,9 @@ void OmMemoryRegion::AddChunk() {
     Chunk* const chunk = static_cast<Chunk*>(TakeFromSystem(_nextChunkBytes));
     *chunk = Chunk{_chunks, _nextChunkBytes};
     _chunks = chunk;
-    // Payloads, not owner words, stand at multiples of sixteen.
-    _bump = reinterpret_cast<char*>(chunk) + sizeof(Chunk) + Word;
+    // A word goes 8 behind a multiple of thirty-two, its payload 16.
+    char* const behind = reinterpret_cast<char*>(chunk + 1);
+    _bump = behind + ToEvenPlace(behind) + Word;
     _limit = reinterpret_cast<char*>(chunk) + _nextChunkBytes;
     if (_watched) {
         Poison(chunk + 1, _nextChunkBytes - sizeof(Chunk));
@@ -205,14 +276,37 @@ void OmMemoryRegion::AddChunk() {
     }
 }
 
+void OmMemoryRegion::AddPage(PageClass& kind) {
+    void* place = nullptr;
+    if (::posix_memalign(&place, PageBytes, TakenForPage) != 0) {
+        throw std::bad_alloc();
+    }
+    std::size_t const sizeClass = static_cast<std::size_t>(&kind - _pageClasses);
+    std::size_t const stride = (sizeClass + 1) * Stride;
+    Page* const page = ::new (place) Page{this, sizeClass, nullptr};
+    (_lastPage != nullptr ? _lastPage->next : _firstPage) = page;
+    _lastPage = page;
+    kind.next = static_cast<char*>(place) + PageHead;
+    kind.end = kind.next + (TakenForPage - PageHead) / stride * stride;
+    if (_watched) {
+        Poison(kind.next, TakenForPage - PageHead);
+    }
+    _reservedBytes += TakenForPage;
+}
+
 void OmMemoryRegion::Release(void* block) {
     if (block == nullptr) {
         return;
     }
+    if (!HasWord(block)) {
+        Page const& page = *Page::Of(block);
+        page.region->ReleaseInPage(page, block);
+        return;
+    }
     char* const word = static_cast<char*>(block) - Word;
     Owner* const owner = ReadWord<Owner>(word);
-    if (owner == nullptr) {
-        std::free(word - Word);
+    if (AddressOf(owner) <= 1) {
+        std::free(static_cast<char*>(block) - WordBit - AddressOf(owner) * WordBit);
         return;
     }
     if (owner->region->_swept) {
@@ -225,8 +319,23 @@ void OmMemoryRegion::Release(void* block) {
     }
 }
 
+void OmMemoryRegion::ReleaseInPage(Page const& page, void* block) {
+    if (_swept) {
+        return;
+    }
+    PageClass& kind = _pageClasses[page.sizeClass];
+    std::size_t const stride = (page.sizeClass + 1) * Stride;
+    WriteWord(block, kind.released);
+    kind.released = block;
+    if (_watched) {
+        Poison(block, stride);
+    }
+    --_liveBlocks;
+    _liveBytes -= stride;
+}
+
 void OmMemoryRegion::ReleaseSmall(Owner& owner, void* word) {
-    SizeClass& kind = _classes[(owner.payload + Word) / Stride - 1];
+    WordClass& kind = _wordClasses[owner.payload / Stride];
     WriteWord(word, kind.released);
     kind.released = word;
     if (_watched) {
@@ -244,8 +353,8 @@ void OmMemoryRegion::ReleaseLarge(Owner& owner) {
     }
     --_liveBlocks;
     _liveBytes -= owner.payload;
-    _reservedBytes -= block->bytes;
-    std::free(block);
+    _reservedBytes -= owner.payload + sizeof(LargeBlock) + WordBit;
+    std::free(block->start);
 }
 
 void OmMemoryRegion::WorkingRelease(bool) {

@@ -10,40 +10,52 @@
 /// Two kinds of region exist. An *arena* is any region that a program constructs; `DefaultHeap()` is the one region of
 /// the process that hands every request through to the global allocator and holds no state of its own.
 ///
-/// How an arena stores its blocks. A block carries one word in front that names its owner, so that the static `Release`
-/// needs no region and never looks at memory that is not ours:
+/// How blocks are stored. `Release` is handed an address and nothing else, and must not look at memory that is not
+/// ours. So bit 4 of every payload's address says what stands where:
 ///
-///     small block (up to SmallLimit bytes), cut from a chunk of the arena
-///     +----------+---------------------------+
-///     | Owner*   | payload, 16-byte aligned  |   stride 16, 32, 48 ... : payloads of 8, 24, 40, ... bytes
-///     +----------+---------------------------+
-///          `--> the size class: its arena and its list of released blocks (linked through the owner words)
+///     0: a block of a page, at a multiple of 32. The page's head is found by rounding the address down.
 ///
-///     large block, one request of the global allocator each, on a doubly linked list of its arena
-///     +--------------------------+----------+------------------+
-///     | Owner, prev, next, size  | Owner*   | payload          |
-///     +--------------------------+----------+------------------+
+///         multiple of 64 KiB
+///         +----------------------------+---------+---------+---------+-----
+///         | head: arena, size class    | payload | payload | payload | ...      all of one size: 32, 64, 96 ... 1024
+///         +----------------------------+---------+---------+---------+-----
+///          64 bytes
 ///
-///     block of the default heap
-///     +----------+----------+------------------+
-///     | (unused) | null     | payload          |
-///     +----------+----------+------------------+
+///     1: a block with a word in front of it, 16 behind a multiple of 32. The word names the owner:
+///
+///         small block, cut from a chunk of the arena
+///         +----------+-----------------+
+///         | Owner*   | payload         |     24, 56, 88 ... 1016 bytes
+///         +----------+-----------------+
+///              `--> the size class: its arena and its list of released blocks
+///
+///         large block, one request of the global allocator each, on a doubly linked list of its arena
+///         +-------------------------------+----------+------------------+
+///         | Owner, prev, next, start      | Owner*   | payload          |
+///         +-------------------------------+----------+------------------+
+///
+///         block of the default heap
+///         +-----------------+----------+------------------+
+///         | (16 or 0 bytes) | 1 or 0   | payload          |     1: the allocator's block starts 32 bytes before, 0: 16
+///         +-----------------+----------+------------------+
+///
+/// A size class starts with blocks cut from chunks, which all classes share, so that an arena with a handful of texts
+/// takes a few kilobytes. Once it has cut 64 KiB it goes on with pages: no word, texts of two cache lines or less that
+/// begin with one, and a release that need not wait until the block itself has come from memory. Ten million blocks
+/// with releases at random took 174 to 205 ns each with a word before each block, 112 to 137 ns with pages.
 ///
 /// Invariants
 ///  1. Every block is aligned for any standard type; two live blocks never share an address, zero-byte ones included.
 ///  2. A released small block serves the next request of its size class; a released large block leaves the process's
 ///     books at once. A program that replaces its texts for hours does not grow its arena.
 ///  3. `Allocate` and `Release` cost O(1) beside the global allocator's own cost for a new chunk or a large block.
-///  4. Chunks start small and double up to a bound, so an arena with a handful of texts takes a few kilobytes.
+///  4. Chunks start small and double up to a bound. Pages never exceed what their class has cut from chunks before, and
+///     what it uses, by more than one.
 ///
 /// A region is used by one thread at a time. `DefaultHeap()` may be used by any number of threads at once.
 ///
 /// Under the address sanitizer (and under valgrind, where its header is present when the library is built) storage of
 /// an arena that was released or never handed out is poisoned.
-///
-/// Why a word before each block and not size-class pages whose head is found by masking the address: `Release` takes
-/// blocks of the default heap as well, and the page that such an address masks to is not ours to read. The word costs
-/// 8 bytes a block and saves a `Release` the cache miss on the page's head.
 class OMCELL_API OmMemoryRegion {
 public:
     /// Something outside the arena that belongs to an object inside it and must be freed when the arena is swept
@@ -65,7 +77,7 @@ public:
         void (*settle)(Watcher& self) = nullptr;
     };
 
-    /// Largest request, in bytes, that is served from a chunk.
+    /// Largest request, in bytes, that is served from a chunk or a page.
     static constexpr std::size_t SmallLimit = 1016;
 
     /// An empty arena; takes no memory until the first request. The flag is accepted and has no effect; the model
@@ -132,7 +144,7 @@ public:
     std::size_t LiveBlocks() const { return _liveBlocks; }
     /// Bytes of those blocks, rounded up to what was set aside for each payload. 0 for the default heap.
     std::size_t LiveBytes() const { return _liveBytes; }
-    /// Bytes that the arena holds from the global allocator, chunks and large blocks with their heads. 0 for the
+    /// Bytes that the arena holds from the global allocator: chunks, pages and large blocks with their heads. 0 for the
     /// default heap.
     std::size_t ReservedBytes() const { return _reservedBytes; }
 
@@ -141,32 +153,46 @@ private:
         OmMemoryRegion* region;
         std::size_t payload; ///< bytes of a payload; above SmallLimit for a large block
     };
-    struct SizeClass {
+    /// Blocks with a word in front.
+    struct WordClass {
         Owner owner;
-        void* released; ///< first released block (its owner word), each linked to the next through that word
+        void* released; ///< first released block (its word), each linked to the next through that word
     };
+    /// Blocks of pages.
+    struct PageClass {
+        void* released;          ///< first released block, each linked to the next through its first word
+        char* next;              ///< next never-used block of the newest page
+        char* end;               ///< behind that page's last block
+        std::size_t beforePages; ///< how many more blocks are cut from chunks before there are pages
+    };
+    struct Page;
     struct Chunk;
     struct LargeBlock;
     struct DefaultHeapTag {};
 
-    static constexpr std::size_t Stride = 16;
+    static constexpr std::size_t Stride = 32;
     static constexpr std::size_t Classes = (SmallLimit + 8) / Stride;
 
     explicit OmMemoryRegion(DefaultHeapTag);
     friend struct DefaultHeapHolder;
 
-    void* AllocateSmall(std::size_t sizeClass, std::size_t bytes);
+    void* AllocateFromChunk(PageClass& kind, std::size_t bytes);
     void* AllocateLarge(std::size_t bytes);
     void AddChunk();
+    void AddPage(PageClass& kind);
+    void ReleaseInPage(Page const& page, void* block);
     void ReleaseSmall(Owner& owner, void* word);
     void ReleaseLarge(Owner& owner);
     void DropDependents();
     void SettleWatchers();
 
-    SizeClass _classes[Classes];
+    PageClass _pageClasses[Classes];
+    WordClass _wordClasses[Classes];
     char* _bump = nullptr;  ///< next never-used byte of the newest chunk; an owner word goes here
     char* _limit = nullptr; ///< end of the newest chunk
     Chunk* _chunks = nullptr;
+    Page* _firstPage = nullptr; ///< pages in the order of their making
+    Page* _lastPage = nullptr;
     LargeBlock* _large = nullptr;
     Dependent* _dependents = nullptr;
     Watcher* _watchers = nullptr;

@@ -135,11 +135,10 @@ TEST(OmMemoryRegion, FewBlocksTakeAFewKilobytes) {
 TEST(OmMemoryRegion, ManySmallBlocksCostLittleMoreThanTheirBytes) {
     OmMemoryRegion region(false);
     for (int i = 0; i < 100000; ++i) {
-        region.Allocate(40);
+        region.Allocate(60);
     }
     EXPECT_EQ(region.LiveBlocks(), 100000U);
-    EXPECT_EQ(region.LiveBytes(), 100000U * 40U);
-    EXPECT_LE(region.ReservedBytes(), 100000U * 48U + (std::size_t{2} << 20));
+    EXPECT_LE(region.ReservedBytes(), 100000U * 64U + (std::size_t{1} << 18));
 }
 
 // A script of requests and releases of all sizes against a map of what must be there.
@@ -250,14 +249,14 @@ TEST(OmMemoryRegion, LargeBlocksThatAreLeftGoWithTheRegion) {
 TEST(OmMemoryRegion, LiveBytesCountWhatWasSetAside) {
     OmMemoryRegion region(false);
     void* const one = region.Allocate(1);
-    EXPECT_EQ(region.LiveBytes(), 8U);
-    void* const nine = region.Allocate(9);
-    EXPECT_EQ(region.LiveBytes(), 8U + 24U);
+    EXPECT_EQ(region.LiveBytes(), 24U);
+    void* const more = region.Allocate(25);
+    EXPECT_EQ(region.LiveBytes(), 24U + 56U);
     void* const large = region.Allocate(5001);
-    EXPECT_EQ(region.LiveBytes(), 8U + 24U + 5001U);
-    OmMemoryRegion::Release(nine);
+    EXPECT_EQ(region.LiveBytes(), 24U + 56U + 5001U);
+    OmMemoryRegion::Release(more);
     OmMemoryRegion::Release(large);
-    EXPECT_EQ(region.LiveBytes(), 8U);
+    EXPECT_EQ(region.LiveBytes(), 24U);
     OmMemoryRegion::Release(one);
     EXPECT_EQ(region.LiveBytes(), 0U);
 }
