@@ -16,22 +16,21 @@ struct OmStringCell::WideRuns {
 };
 
 OmStringCell::OmStringCell(std::string text, OmMemoryRegion* region, bool flag)
-    : OmCellText(region), _shape{{0, 0, 0}, Form::Apart, flag} {
+    : OmCellText(region), _form(Form::Inline), _flag(flag) {
+    static_assert(sizeof(OmStringCell) == 64, "a cache line");
     Assign({text, text, text, {}});
 }
 
 OmStringCell::OmStringCell(OmStringCell const& source, OmMemoryRegion* region, char* runs)
-    : OmCellText(region), _shape(source._shape) {
-    _shape.form = Form::Inline;
-    if (source.Runs() != nullptr) {
-        std::memcpy(runs, source.Runs(), source.ShortLength());
-    }
+    : OmCellText(region), _form(Form::Inline), _flag(source._flag) {
+    std::copy_n(source._lengths, 3, _lengths);
+    std::memcpy(runs, source.Runs(), source.ShortLength());
     TakeOver(source);
 }
 
 OmStringCell::~OmStringCell() {
-    if (_shape.form != Form::Inline) {
-        OmMemoryRegion::Release(_runs);
+    if (_form != Form::Inline) {
+        OmMemoryRegion::Release(BlockApart());
     }
 }
 
@@ -43,7 +42,7 @@ std::string OmStringCell::AsString() const { return std::string(View(Given)); }
 
 std::string OmStringCell::AsU8String() const {
     std::string converted;
-    if (_tracker != nullptr && !_tracker->Unicode() && !_shape.flag && _tracker->ToU8(AsString(), converted)) {
+    if (_tracker != nullptr && !_tracker->Unicode() && !_flag && _tracker->ToU8(AsString(), converted)) {
         return converted;
     }
     return std::string(View(U8));
@@ -59,13 +58,12 @@ short OmStringCell::Compare(OmCellText const& other) const {
 }
 
 OmCellText* OmStringCell::Clone(OmMemoryRegion* region) const {
-    if (_shape.form == Form::Wide) {
-        auto clone = std::unique_ptr<OmStringCell>(new (region) OmStringCell(std::string(), region, _shape.flag));
+    if (_form == Form::Wide) {
+        auto clone = std::unique_ptr<OmStringCell>(new (region) OmStringCell(std::string(), region, _flag));
         clone->Assign({View(Given), View(U8), View(English), View(Alt)});
         clone->TakeOver(*this);
         return clone.release();
     }
-    // The runs take the place of the pointer to them, the last member.
     constexpr std::size_t HeadBytes = sizeof(OmStringCell) - sizeof(_runs);
     void* const block =
         OmMemoryRegion::OrDefault(region)->Allocate(std::max(HeadBytes + ShortLength(), sizeof(OmStringCell)));
@@ -80,7 +78,7 @@ OmCellText* OmStringCell::Clone(OmMemoryRegion* region) const {
 // --- runs ------------------------------------------------------------------------------------------------------------
 
 std::string_view OmStringCell::WideView(Run run) const {
-    WideRuns& wide = *std::launder(reinterpret_cast<WideRuns*>(_runs));
+    WideRuns& wide = *std::launder(reinterpret_cast<WideRuns*>(BlockApart()));
     char const* first = wide.Bytes();
     for (unsigned before = 0; before < run; ++before) {
         first += wide.lengths[before];
@@ -96,7 +94,10 @@ void OmStringCell::Assign(std::string_view const (&runs)[4]) {
         isWide = isWide || run.size() > LongestShortRun;
     }
     std::size_t const head = isWide ? sizeof(WideRuns) : 0;
-    char* const block = head + bytes != 0 ? static_cast<char*>(Home()->Allocate(head + bytes)) : nullptr;
+    bool const isInline = !isWide && bytes <= Room;
+    // The runs may be views of what stands here now.
+    char together[Room];
+    char* const block = isInline ? together : static_cast<char*>(Home()->Allocate(head + bytes));
     char* end = block + head;
     for (std::string_view const run : runs) {
         if (!run.empty()) {
@@ -108,14 +109,18 @@ void OmStringCell::Assign(std::string_view const (&runs)[4]) {
         ::new (block) WideRuns{{runs[Given].size(), runs[U8].size(), runs[English].size(), runs[Alt].size()}};
     } else {
         for (Run const run : {Given, U8, English}) {
-            _shape.lengths[run] = static_cast<std::uint16_t>(runs[run].size());
+            _lengths[run] = static_cast<std::uint8_t>(runs[run].size());
         }
     }
-    if (_shape.form != Form::Inline) {
-        OmMemoryRegion::Release(_runs);
+    if (_form != Form::Inline) {
+        OmMemoryRegion::Release(BlockApart());
     }
-    _shape.form = isWide ? Form::Wide : Form::Apart;
-    _runs = block;
+    _form = isInline ? Form::Inline : isWide ? Form::Wide : Form::Apart;
+    if (isInline) {
+        std::memcpy(_runs, together, bytes);
+    } else {
+        std::memcpy(_runs, &block, sizeof(block));
+    }
 }
 
 void OmStringCell::Replace(Run run, std::string_view text) {
@@ -129,14 +134,14 @@ void OmStringCell::SetAltText(std::string text) { Replace(Alt, text); }
 std::string OmStringCell::AltText() const { return std::string(View(Alt)); }
 
 void OmStringCell::SetU8String(std::string_view text) {
-    if (!_shape.flag) {
+    if (!_flag) {
         Home()->BeforeEdit();
         Replace(U8, text);
     }
 }
 
 void OmStringCell::SetEngString(std::string_view text) {
-    if (!_shape.flag) {
+    if (!_flag) {
         Replace(English, text);
     }
 }

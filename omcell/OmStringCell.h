@@ -6,6 +6,7 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <cstring>
 #include <string>
 #include <string_view>
 
@@ -24,28 +25,30 @@ struct PlainText;
 /// All three start as the given bytes. A program that knows better sets the second and the third; the flag says that
 /// there is nothing to know, because the text is the same in every language and code page.
 ///
-/// A clone is one block, so that a table of a million short texts takes one request and one cache line for each:
+/// Short copies, up to 36 bytes together, lie in the object, and so do those of every clone whose copies are no longer
+/// than 255 bytes each: a clone is one block, which is longer than the object if need be. A million short texts take
+/// one request and one cache line for each.
 ///
-///     +--------+-----------+---------+-------------------------+-------+-------+---------+
-///     | vtable | meta/home | tracker | 3 lengths, form (4 x 16)| given | UTF-8 | English |     form: Inline
-///     +--------+-----------+---------+-------------------------+-------+-------+---------+
-///      8        8           8         8
+///     +--------+-----------+---------+------------------------+-------+-------+---------+
+///     | vtable | meta/home | tracker | 3 lengths, form, flag  | given | UTF-8 | English |               form: Inline
+///     +--------+-----------+---------+------------------------+-------+-------+---------+
+///      8        8           8         4 x 8 bits               36, or more in a clone
 ///
-/// A text made by the constructor, and a clone whose copies were changed later, keep their bytes in a block apart:
+/// Other texts of up to 255 bytes a copy, made by the constructor or changed later, keep the copies in a block apart:
 ///
-///     +-- base part, 24 bytes --+-------------------------+------+      +-------+-------+---------+
-///     |          ...            | 3 lengths, form (4 x 16)| runs | ---> | given | UTF-8 | English |     form: Apart
-///     +-------------------------+-------------------------+------+      +-------+-------+---------+
+///     +-- base part, 24 bytes --+------------------------+---------+      +-------+-------+---------+
+///     |          ...            | 3 lengths, form, flag  | address | ---> | given | UTF-8 | English |    form: Apart
+///     +-------------------------+------------------------+---------+      +-------+-------+---------+
 ///
-/// and so does a text with an alternative text, or with a copy longer than 65,535 bytes, whose lengths stand there too:
+/// and so does a text with an alternative text, or with a longer copy, whose lengths stand there too:
 ///
-///                               +-------------------------+------+      +----------------+-------+-------+-----+-----+
-///                               | (unused), form          | runs | ---> | 4 lengths (64) | given | UTF-8 | Eng.| alt |
-///                               +-------------------------+------+      +----------------+-------+-------+-----+-----+
+///                               +------------------------+---------+ +---------------+-------+-------+------+-----+ |
+///                               (unused), form, flag   | address | ---> | 4 lengths, 64 | given | UTF-8 | Eng. | alt |
+///                               +------------------------+---------+ +---------------+-------+-------+------+-----+
 ///                                                                                                         form: Wide
 ///
 /// What one block saves against an object with three blocks of its own: 209 bytes of region a clone of ten bytes
-/// become 80.
+/// become 64.
 ///
 /// Everything lies in the region, so an arena's sweep leaves nothing of a string cell behind.
 class OMCELL_API OmStringCell : public OmCellText {
@@ -58,6 +61,7 @@ public:
     /// arena lives at least until the text's destructor has run.
     explicit OmStringCell(std::string text, OmMemoryRegion* region = nullptr, bool flag = false);
 
+    OmStringCell(OmStringCell const&) = delete;
     ~OmStringCell() override;
 
     void Accept(Visitor& visitor) override;
@@ -89,7 +93,7 @@ public:
     std::string AltText() const;
 
     /// Whether the text is the same in every language and code page, and so is never converted.
-    bool Flag() const { return _shape.flag; }
+    bool Flag() const { return _flag; }
 
     /// Replaces the UTF-8 copy. Ignored by a text whose flag is set: its copies are all the same.
     void SetU8String(std::string_view text);
@@ -104,25 +108,30 @@ private:
     enum class Form : std::uint8_t { Inline, Apart, Wide };
     struct WideRuns;
 
-    static constexpr std::size_t LongestShortRun = 0xffff;
+    static constexpr std::size_t LongestShortRun = 0xff;
+    static constexpr std::size_t Room = 36;
 
     /// For a clone in a block that has room for the source's runs from `runs` on, the place of the last member.
     OmStringCell(OmStringCell const& source, OmMemoryRegion* region, char* runs);
 
     std::string_view View(Run run) const {
-        if (_shape.form == Form::Wide) {
+        if (_form == Form::Wide) {
             return WideView(run);
         }
-        std::uint16_t const* const lengths = _shape.lengths;
-        std::size_t const before = run == Given ? 0 : run == U8 ? lengths[Given] : lengths[Given] + lengths[U8];
-        return run == Alt ? std::string_view() : std::string_view(Runs() + before, lengths[run]);
+        std::size_t const before = run == Given ? 0 : run == U8 ? _lengths[Given] : _lengths[Given] + _lengths[U8];
+        return run == Alt ? std::string_view() : std::string_view(Runs() + before, _lengths[run]);
     }
     std::string_view WideView(Run run) const;
 
     /// The bytes of the three runs of a text that is not wide.
-    char const* Runs() const { return _shape.form == Form::Inline ? reinterpret_cast<char const*>(&_runs) : _runs; }
-    std::size_t ShortLength() const {
-        return std::size_t{0} + _shape.lengths[Given] + _shape.lengths[U8] + _shape.lengths[English];
+    char const* Runs() const { return _form == Form::Inline ? _runs : BlockApart(); }
+    std::size_t ShortLength() const { return std::size_t{0} + _lengths[Given] + _lengths[U8] + _lengths[English]; }
+
+    /// Of a text that is not inline.
+    char* BlockApart() const {
+        char* block = nullptr;
+        std::memcpy(&block, _runs, sizeof(block));
+        return block;
     }
 
     /// Takes over copies of four runs, some of which may be views of the present ones. Throws std::bad_alloc when there
@@ -130,15 +139,12 @@ private:
     void Assign(std::string_view const (&runs)[4]);
     void Replace(Run run, std::string_view text);
 
-    struct Shape {
-        std::uint16_t lengths[3]; ///< of a text that is not wide
-        Form form;
-        bool flag;
-    };
-
-    Shape _shape;
-    /// The block apart, or null when there are no bytes; of an inline text, the first of its bytes.
-    char* _runs = nullptr;
+    std::uint8_t _lengths[3] = {0, 0, 0}; ///< of a text that is not wide
+    Form _form : 7;
+    bool _flag : 1;
+    /// The runs, or the address of the block apart. In a clone the runs may go on behind the object's end, as far as
+    /// its block does.
+    char _runs[Room];
 };
 
 #endif

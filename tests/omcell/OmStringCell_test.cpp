@@ -5,10 +5,12 @@
 
 #include <gtest/gtest.h>
 
+#include <cstdint>
 #include <iterator>
 #include <memory>
 #include <random>
 #include <string>
+#include <type_traits>
 
 namespace {
 
@@ -38,29 +40,61 @@ TEST(OmStringCell, KeepsTheFlagAndStartsWithoutAlternativeText) {
     EXPECT_EQ(OmStringCell("a", nullptr, true).AltText(), "");
 }
 
-// No terminating zero: 3 * 24 bytes fit a block of 72, with one more they would take the next size.
+// No terminating zero: 3 * 40 bytes fit a block of 120, with one more they would take the next size.
 TEST(OmStringCell, KeepsThreeCopiesOfExactSizeInItsRegion) {
     OmMemoryRegion arena(false);
     {
-        OmStringCell const cell(std::string(24, 'x'), &arena, false);
+        OmStringCell const cell(std::string(40, 'x'), &arena, false);
         EXPECT_EQ(arena.LiveBlocks(), 1U);
-        EXPECT_EQ(arena.LiveBytes(), 3U * 24U);
+        EXPECT_EQ(arena.LiveBytes(), 3U * 40U);
     }
     EXPECT_EQ(arena.LiveBlocks(), 0U);
 }
 
-TEST(OmStringCell, CloneIsOneBlockOfAHeadAndThreeCopies) {
+TEST(OmStringCell, CopiesOfUpToTwelveBytesEachTakeNoBlock) {
     OmMemoryRegion arena(false);
-    OmStringCell const cell("ten bytes.");
-    std::unique_ptr<OmStringCell> const clone = CloneOf(cell, &arena);
+    OmStringCell cell("twelve bytes", &arena);
+    EXPECT_EQ(arena.LiveBlocks(), 0U);
+    cell.SetU8String("thirteen byte");
     EXPECT_EQ(arena.LiveBlocks(), 1U);
-    EXPECT_EQ(arena.LiveBytes(), 72U); // 32 and three times ten, in the size class above
-    std::unique_ptr<OmStringCell> const again = CloneOf(*clone, &arena);
-    EXPECT_EQ(arena.LiveBytes(), 144U);
-    EXPECT_EQ(again->AsString(), "ten bytes.");
+    cell.SetU8String("eleven byte");
+    EXPECT_EQ(arena.LiveBlocks(), 0U);
+    EXPECT_EQ(cell.AsString() + cell.AsU8String() + cell.AsEngString(), "twelve byteseleven bytetwelve bytes");
+    OmStringCell const longer("thirteen byte", &arena);
+    EXPECT_EQ(arena.LiveBlocks(), 1U);
 }
 
-TEST(OmStringCell, TakesNoMoreThanFiveWords) { EXPECT_LE(sizeof(OmStringCell), 5 * sizeof(void*)); }
+TEST(OmStringCell, CloneIsOneBlockOfAHeadAndThreeCopies) {
+    OmMemoryRegion arena(false);
+    OmStringCell const cell(std::string(30, 'x'));
+    std::unique_ptr<OmStringCell> const clone = CloneOf(cell, &arena);
+    EXPECT_EQ(arena.LiveBlocks(), 1U);
+    EXPECT_EQ(arena.LiveBytes(), 120U); // 28 and three times thirty, in the size above
+    std::unique_ptr<OmStringCell> const again = CloneOf(*clone, &arena);
+    EXPECT_EQ(arena.LiveBytes(), 240U);
+    EXPECT_EQ(again->AsString(), std::string(30, 'x'));
+}
+
+TEST(OmStringCell, TakesACacheLineAndIsNotCopied) {
+    EXPECT_EQ(sizeof(OmStringCell), 64U);
+    EXPECT_FALSE(std::is_copy_constructible_v<OmStringCell>);
+    EXPECT_FALSE(std::is_copy_assignable_v<OmStringCell>);
+}
+
+// A million clones of up to twelve bytes: a line each, and each begins with one.
+TEST(OmStringCell, ClonesOfShortTextsTakeALineEachOnceThereAreMany) {
+    OmMemoryRegion arena(false);
+    OmStringCell const cell("twelve bytes");
+    for (int i = 0; i < 2000; ++i) {
+        cell.Clone(&arena);
+    }
+    std::size_t const bytes = arena.LiveBytes();
+    for (int i = 0; i < 1000; ++i) {
+        ASSERT_EQ(reinterpret_cast<std::uintptr_t>(cell.Clone(&arena)) % 64, 0U);
+    }
+    EXPECT_EQ(arena.LiveBytes() - bytes, 64000U);
+    arena.WorkingRelease(false);
+}
 
 TEST(OmStringCell, ShortClonesInTheDefaultHeapHaveRoomForTheirHead) {
     for (std::size_t length = 0; length < 20; ++length) {
@@ -72,10 +106,10 @@ TEST(OmStringCell, ShortClonesInTheDefaultHeapHaveRoomForTheirHead) {
     }
 }
 
-// Lengths up to 65535 stand in the head, longer ones in the block apart.
-TEST(OmStringCell, LengthsOnBothSidesOfSixteenBitsAreKept) {
+// Lengths up to 255 stand in the head, longer ones in the block apart.
+TEST(OmStringCell, LengthsOnBothSidesOfEightAndSixteenBitsAreKept) {
     OmMemoryRegion arena(false);
-    for (std::size_t const length : {65534U, 65535U, 65536U, 65537U, 200000U}) {
+    for (std::size_t const length : {11U, 12U, 13U, 253U, 254U, 255U, 256U, 257U, 65535U, 65536U, 200000U}) {
         OmStringCell cell(std::string(length, 'g'), &arena);
         cell.SetEngString(std::string(length + 1, 'e'));
         std::unique_ptr<OmStringCell> const clone = CloneOf(cell, &arena);
@@ -98,7 +132,7 @@ TEST(OmStringCell, RandomEditsOfClonesAgreeWithPlainStrings) {
     };
     std::mt19937_64 random(20261120);
     auto const text = [&random] {
-        std::size_t const lengths[] = {0, 1, 2, 7, 8, 9, 16, 100, 65535, 65536};
+        std::size_t const lengths[] = {0, 1, 2, 11, 12, 13, 34, 35, 100, 255, 256, 65536};
         return std::string(lengths[random() % std::size(lengths)], static_cast<char>('a' + random() % 26));
     };
     OmMemoryRegion arena(false);
@@ -274,9 +308,9 @@ TEST(OmStringCell, AlternativeTextLiesInTheRegionAndIsReplaced) {
     OmMemoryRegion arena(false);
     OmStringCell cell("", &arena, false);
     EXPECT_EQ(arena.LiveBlocks(), 0U);
-    cell.SetAltText(std::string(40, 'a'));
+    cell.SetAltText(std::string(56, 'a'));
     EXPECT_EQ(arena.LiveBlocks(), 1U);
-    EXPECT_EQ(arena.LiveBytes(), 72U); // and its length
+    EXPECT_EQ(arena.LiveBytes(), 88U); // and its length
     cell.SetAltText("b");
     EXPECT_EQ(cell.AltText(), "b");
     EXPECT_EQ(arena.LiveBlocks(), 1U);
@@ -288,7 +322,6 @@ TEST(OmStringCell, AlternativeTextLiesInTheRegionAndIsReplaced) {
 TEST(OmStringCell, ReplacingTextsDoesNotGrowTheArena) {
     OmMemoryRegion arena(false);
     OmStringCell cell("start", &arena, false);
-    std::size_t const live = arena.LiveBlocks();
     cell.SetAltText(std::string(100, 'a'));
     std::size_t const reserved = arena.ReservedBytes();
     for (int i = 0; i < 10000; ++i) {
@@ -296,7 +329,7 @@ TEST(OmStringCell, ReplacingTextsDoesNotGrowTheArena) {
         cell.SetAltText(std::string(100, 'c'));
         delete cell.Clone(&arena);
     }
-    EXPECT_EQ(arena.LiveBlocks(), live);
+    EXPECT_EQ(arena.LiveBlocks(), 1U);
     EXPECT_LE(arena.ReservedBytes(), reserved + 4096);
 }
 
