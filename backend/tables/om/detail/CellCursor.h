@@ -86,13 +86,11 @@ private:
     /// without, a walk of cells that were stored in random order takes three times as long.
     static constexpr std::ptrdiff_t Ahead = 24;
 
-    /// Fetches what a look at a text's kind and length touches: a short text's head may lie across two cache lines.
+    /// Fetches what a look at a text's kind and length touches. Where there are many texts, each begins with a line or
+    /// in the middle of one (see OmMemoryRegion), so that its head lies in one.
     static void Prefetch([[maybe_unused]] void const* text) {
 #if defined(__GNUC__)
-        constexpr std::uintptr_t LastOfHead = 31;
         __builtin_prefetch(text);
-        // Slots may be empty: no arithmetic on a null pointer.
-        __builtin_prefetch(reinterpret_cast<void const*>(reinterpret_cast<std::uintptr_t>(text) + LastOfHead));
 #endif
     }
 
