@@ -385,6 +385,9 @@ void* Node::NewLeaf(OmMemoryRegion& region, std::vector<KeyedEntry> const& cells
 
 void Node::Sort(std::vector<std::uint64_t>& order, std::vector<std::uint64_t>& scratch) const {
     constexpr std::size_t FewestForRadix = 48; // below, the digits' counters cost more than comparisons
+    // Whoever wants an order walks along it. What fits the second-level cache comes from memory while this sorts.
+    constexpr std::uint32_t MostFetched = 4096;
+    bool const fetch = _keys <= MostFetched;
     KeyedEntry const* const entries = Keyed();
     std::uint64_t const width = std::max<std::uint32_t>(_width, 1);
     unsigned const placeBits = static_cast<unsigned>(std::bit_width(_capacity - 1));
@@ -397,6 +400,9 @@ void Node::Sort(std::vector<std::uint64_t>& order, std::vector<std::uint64_t>& s
         Key const key = entries[place].key;
         std::uint64_t const rank = _spans ? PositionOf(key) * width + BelowOf(key) : key;
         *next++ = (fits ? rank << placeBits : 0) | place;
+        if (fetch) {
+            Prefetch(entries[place].entry);
+        }
     };
     if (_form == Form::List) {
         for (std::uint32_t place = 0; place < _keys; ++place) {
