@@ -16,20 +16,28 @@ struct OmStringCell::WideRuns {
 };
 
 OmStringCell::OmStringCell(std::string text, OmMemoryRegion* region, bool flag)
-    : OmCellText(region), _form(Form::Inline), _flag(flag) {
+    : OmCellText(region), _shape{{0, 0, 0}, Form::Inline, flag} {
     static_assert(sizeof(OmStringCell) == 64, "a cache line");
     Assign({text, text, text, {}});
 }
 
 OmStringCell::OmStringCell(OmStringCell const& source, OmMemoryRegion* region, char* runs)
-    : OmCellText(region), _form(Form::Inline), _flag(source._flag) {
-    std::copy_n(source._lengths, 3, _lengths);
-    std::memcpy(runs, source.Runs(), source.ShortLength());
+    : OmCellText(region), _shape(source._shape) {
+    std::size_t const bytes = source.ShortLength();
+    if (_shape.form == Form::Inline && bytes <= Room) {
+        // As many as there are room for, whatever they hold: two loads and stores instead of a call.
+        std::memcpy(_runs, source._runs, Room);
+    } else {
+        // Not memcpy: told that there are 765 bytes at most, gcc makes it a repeated string instruction, which takes
+        // longer to start than a call.
+        std::copy_n(source.Runs(), bytes, runs);
+    }
+    _shape.form = Form::Inline;
     TakeOver(source);
 }
 
 OmStringCell::~OmStringCell() {
-    if (_form != Form::Inline) {
+    if (_shape.form != Form::Inline) {
         OmMemoryRegion::Release(BlockApart());
     }
 }
@@ -42,7 +50,7 @@ std::string OmStringCell::AsString() const { return std::string(View(Given)); }
 
 std::string OmStringCell::AsU8String() const {
     std::string converted;
-    if (_tracker != nullptr && !_tracker->Unicode() && !_flag && _tracker->ToU8(AsString(), converted)) {
+    if (_tracker != nullptr && !_tracker->Unicode() && !_shape.flag && _tracker->ToU8(AsString(), converted)) {
         return converted;
     }
     return std::string(View(U8));
@@ -58,8 +66,8 @@ short OmStringCell::Compare(OmCellText const& other) const {
 }
 
 OmCellText* OmStringCell::Clone(OmMemoryRegion* region) const {
-    if (_form == Form::Wide) {
-        auto clone = std::unique_ptr<OmStringCell>(new (region) OmStringCell(std::string(), region, _flag));
+    if (_shape.form == Form::Wide) {
+        auto clone = std::unique_ptr<OmStringCell>(new (region) OmStringCell(std::string(), region, _shape.flag));
         clone->Assign({View(Given), View(U8), View(English), View(Alt)});
         clone->TakeOver(*this);
         return clone.release();
@@ -109,13 +117,13 @@ void OmStringCell::Assign(std::string_view const (&runs)[4]) {
         ::new (block) WideRuns{{runs[Given].size(), runs[U8].size(), runs[English].size(), runs[Alt].size()}};
     } else {
         for (Run const run : {Given, U8, English}) {
-            _lengths[run] = static_cast<std::uint8_t>(runs[run].size());
+            _shape.lengths[run] = static_cast<std::uint8_t>(runs[run].size());
         }
     }
-    if (_form != Form::Inline) {
+    if (_shape.form != Form::Inline) {
         OmMemoryRegion::Release(BlockApart());
     }
-    _form = isInline ? Form::Inline : isWide ? Form::Wide : Form::Apart;
+    _shape.form = isInline ? Form::Inline : isWide ? Form::Wide : Form::Apart;
     if (isInline) {
         std::memcpy(_runs, together, bytes);
     } else {
@@ -134,14 +142,14 @@ void OmStringCell::SetAltText(std::string text) { Replace(Alt, text); }
 std::string OmStringCell::AltText() const { return std::string(View(Alt)); }
 
 void OmStringCell::SetU8String(std::string_view text) {
-    if (!_flag) {
+    if (!_shape.flag) {
         Home()->BeforeEdit();
         Replace(U8, text);
     }
 }
 
 void OmStringCell::SetEngString(std::string_view text) {
-    if (!_flag) {
+    if (!_shape.flag) {
         Replace(English, text);
     }
 }

@@ -93,7 +93,7 @@ public:
     std::string AltText() const;
 
     /// Whether the text is the same in every language and code page, and so is never converted.
-    bool Flag() const { return _flag; }
+    bool Flag() const { return _shape.flag; }
 
     /// Replaces the UTF-8 copy. Ignored by a text whose flag is set: its copies are all the same.
     void SetU8String(std::string_view text);
@@ -112,20 +112,24 @@ private:
     static constexpr std::size_t Room = 36;
 
     /// For a clone in a block that has room for the source's runs from `runs` on, the place of the last member.
+    /// REQUIRES: the source is not wide.
     OmStringCell(OmStringCell const& source, OmMemoryRegion* region, char* runs);
 
     std::string_view View(Run run) const {
-        if (_form == Form::Wide) {
+        if (_shape.form == Form::Wide) {
             return WideView(run);
         }
-        std::size_t const before = run == Given ? 0 : run == U8 ? _lengths[Given] : _lengths[Given] + _lengths[U8];
-        return run == Alt ? std::string_view() : std::string_view(Runs() + before, _lengths[run]);
+        std::uint8_t const* const lengths = _shape.lengths;
+        std::size_t const before = run == Given ? 0 : run == U8 ? lengths[Given] : lengths[Given] + lengths[U8];
+        return run == Alt ? std::string_view() : std::string_view(Runs() + before, lengths[run]);
     }
     std::string_view WideView(Run run) const;
 
     /// The bytes of the three runs of a text that is not wide.
-    char const* Runs() const { return _form == Form::Inline ? _runs : BlockApart(); }
-    std::size_t ShortLength() const { return std::size_t{0} + _lengths[Given] + _lengths[U8] + _lengths[English]; }
+    char const* Runs() const { return _shape.form == Form::Inline ? _runs : BlockApart(); }
+    std::size_t ShortLength() const {
+        return std::size_t{0} + _shape.lengths[Given] + _shape.lengths[U8] + _shape.lengths[English];
+    }
 
     /// Of a text that is not inline.
     char* BlockApart() const {
@@ -139,9 +143,13 @@ private:
     void Assign(std::string_view const (&runs)[4]);
     void Replace(Run run, std::string_view text);
 
-    std::uint8_t _lengths[3] = {0, 0, 0}; ///< of a text that is not wide
-    Form _form : 7;
-    bool _flag : 1;
+    struct Shape {
+        std::uint8_t lengths[3]; ///< of a text that is not wide
+        Form form : 7;
+        bool flag : 1;
+    };
+
+    Shape _shape;
     /// The runs, or the address of the block apart. In a clone the runs may go on behind the object's end, as far as
     /// its block does.
     char _runs[Room];
