@@ -68,7 +68,7 @@ short OmStringCell::Compare(OmCellText const& other) const {
 OmCellText* OmStringCell::Clone(OmMemoryRegion* region) const {
     if (_shape.form == Form::Wide) {
         auto clone = std::unique_ptr<OmStringCell>(new (region) OmStringCell(std::string(), region, _shape.flag));
-        clone->Assign({View(Given), View(U8), View(English), View(Alt)});
+        clone->Assign({View(U8), View(Given), View(English), View(Alt)});
         clone->TakeOver(*this);
         return clone.release();
     }
@@ -114,9 +114,9 @@ void OmStringCell::Assign(std::string_view const (&runs)[4]) {
         }
     }
     if (isWide) {
-        ::new (block) WideRuns{{runs[Given].size(), runs[U8].size(), runs[English].size(), runs[Alt].size()}};
+        ::new (block) WideRuns{{runs[U8].size(), runs[Given].size(), runs[English].size(), runs[Alt].size()}};
     } else {
-        for (Run const run : {Given, U8, English}) {
+        for (Run const run : {U8, Given, English}) {
             _shape.lengths[run] = static_cast<std::uint8_t>(runs[run].size());
         }
     }
@@ -132,7 +132,7 @@ void OmStringCell::Assign(std::string_view const (&runs)[4]) {
 }
 
 void OmStringCell::Replace(Run run, std::string_view text) {
-    std::string_view runs[4] = {View(Given), View(U8), View(English), View(Alt)};
+    std::string_view runs[4] = {View(U8), View(Given), View(English), View(Alt)};
     runs[run] = text;
     Assign(runs);
 }

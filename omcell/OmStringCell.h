@@ -30,22 +30,22 @@ struct PlainText;
 /// one request and one cache line for each.
 ///
 ///     +--------+-----------+---------+------------------------+-------+-------+---------+
-///     | vtable | meta/home | tracker | 3 lengths, form, flag  | given | UTF-8 | English |               form: Inline
+///     | vtable | meta/home | tracker | 3 lengths, form, flag  | UTF-8 | given | English |               form: Inline
 ///     +--------+-----------+---------+------------------------+-------+-------+---------+
 ///      8        8           8         4 x 8 bits               36, or more in a clone
 ///
 /// Other texts of up to 255 bytes a copy, made by the constructor or changed later, keep the copies in a block apart:
 ///
 ///     +-- base part, 24 bytes --+------------------------+---------+      +-------+-------+---------+
-///     |          ...            | 3 lengths, form, flag  | address | ---> | given | UTF-8 | English |    form: Apart
+///     |          ...            | 3 lengths, form, flag  | address | ---> | UTF-8 | given | English |    form: Apart
 ///     +-------------------------+------------------------+---------+      +-------+-------+---------+
 ///
 /// and so does a text with an alternative text, or with a longer copy, whose lengths stand there too:
 ///
-///                               +------------------------+---------+ +---------------+-------+-------+------+-----+ |
-///                               (unused), form, flag   | address | ---> | 4 lengths, 64 | given | UTF-8 | Eng. | alt |
-///                               +------------------------+---------+ +---------------+-------+-------+------+-----+
-///                                                                                                         form: Wide
+///     +-- base part, 24 bytes --+-----------------------+---------+      +-----------+-------+-------+---------+-----+
+///     |          ...            | (unused), form, flag  | address | ---> | 4 lengths | UTF-8 | given | English | alt |
+///     +-------------------------+-----------------------+---------+      +-----------+-------+-------+---------+-----+
+///                                                                         64 bits each                   form: Wide
 ///
 /// What one block saves against an object with three blocks of its own: 209 bytes of region a clone of ten bytes
 /// become 64.
@@ -104,7 +104,8 @@ public:
 private:
     friend struct om_detail::PlainText;
 
-    enum Run : unsigned { Given, U8, English, Alt };
+    /// In the order in which they lie in memory: what labels are looked up by stands next to the head.
+    enum Run : unsigned { U8, Given, English, Alt };
     enum class Form : std::uint8_t { Inline, Apart, Wide };
     struct WideRuns;
 
@@ -120,7 +121,7 @@ private:
             return WideView(run);
         }
         std::uint8_t const* const lengths = _shape.lengths;
-        std::size_t const before = run == Given ? 0 : run == U8 ? lengths[Given] : lengths[Given] + lengths[U8];
+        std::size_t const before = run == U8 ? 0 : run == Given ? lengths[U8] : lengths[U8] + lengths[Given];
         return run == Alt ? std::string_view() : std::string_view(Runs() + before, lengths[run]);
     }
     std::string_view WideView(Run run) const;
