@@ -44,9 +44,9 @@ public:
     };
 
     /// A few instructions a level, no memory touched but the largest subscripts: most absent positions of a dense table
-    /// end here.
-    Reach ReachOf(int const* index) const {
-        std::size_t const levels = _largest.size();
+    /// end here. `levels` is `Levels()`, as a number or, of this and `Find`, as an integral constant.
+    template <typename Number>
+    Reach ReachOf(int const* index, Number levels) const {
         // Signs are all that counts. A difference can only overflow where the subscript is negative, which shows.
         std::uint32_t beyond = static_cast<std::uint32_t>(levels) - 1;
         int negative = 0;
@@ -58,9 +58,10 @@ public:
     }
 
     /// The cell, or null. O(levels). REQUIRES: at least one level, and the index inside.
-    OmCellText* Find(int const* index) const {
+    template <typename Number>
+    OmCellText* Find(int const* index, Number levels) const {
         PointerVector const* node = Root();
-        for (std::size_t k = _largest.size() - 1; k > 0; --k) {
+        for (std::size_t k = levels - 1; k > 0; --k) {
             void* const* const entries = node->DenseEntries();
             if (entries == nullptr) {
                 return node->SpansLeaves()

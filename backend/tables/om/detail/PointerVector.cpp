@@ -85,6 +85,11 @@ void* Node::KeyedEntryOf(Key key) const {
     return found != nullptr ? found->entry : nullptr;
 }
 
+void* Node::PairedEntryOf(std::uint32_t position, std::uint32_t below) const {
+    KeyedEntry const* const found = Find(PairOf(position, below));
+    return found != nullptr ? found->entry : nullptr;
+}
+
 void* const* Node::KeyedPlaceOf(Key key) const {
     KeyedEntry const* const found = Find(key);
     return found != nullptr ? &found->entry : nullptr;

@@ -123,7 +123,7 @@ public:
         if (_form == Form::Box) {
             return position < _length && below < _stride ? Slots()[std::size_t{position} * _stride + below] : nullptr;
         }
-        return KeyedEntryOf(PairOf(position, below));
+        return PairedEntryOf(position, below);
     }
 
     /// The place of an entry, which is made, null, and the length grown to it, when it was not there. Amortised O(1).
@@ -277,6 +277,10 @@ private:
 
     /// Out of line, so that the way through slots needs no registers for this one.
     void* KeyedEntryOf(Key key) const;
+    /// The same of a pair. Its halves come one by one: out of an index in memory the compiler would load both at once,
+    /// and a load that spans two stores just made waits until they, and all that was begun before them, are done, which
+    /// is to say for the cache miss of the look-up before.
+    void* PairedEntryOf(std::uint32_t position, std::uint32_t below) const;
     void* const* KeyedPlaceOf(Key key) const;
     KeyedEntry const* Find(Key key) const {
         return _form == Form::Hash ? FindInHash(key, HashOf(key)) : FindInList(key);
