@@ -9,7 +9,11 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
+#include <cstdint>
+#include <map>
 #include <new>
+#include <random>
 #include <string>
 #include <utility>
 #include <vector>
@@ -148,6 +152,46 @@ TEST(PivotTableLookUp, LengthIsCheckedBeforeSigns) {
     Table table(2);
     EXPECT_EQ(WhatOf([&] { table.Cell({-1}); }), LengthMessage(1, 2));
     EXPECT_EQ(WhatOf([&] { table.Cell({-1}, Text("a")); }), LengthMessage(1, 2));
+}
+
+// Some numbers of dimensions have a way of their own: every place of a small box, a third of them taken at random.
+TEST(PivotTableLookUp, GivesWhatWasStoredForAnyNumberOfDimensions) {
+    constexpr int Width = 4;
+    for (int dimensions = 1; dimensions <= 6; ++dimensions) {
+        SCOPED_TRACE(std::to_string(dimensions) + " dimensions");
+        std::mt19937_64 random(static_cast<std::uint64_t>(dimensions));
+        Table table(dimensions);
+        std::map<Index, std::string> stored;
+        Index index(static_cast<std::size_t>(dimensions), 0);
+        auto const advance = [&index] {
+            auto const digit = std::find_if(index.begin(), index.end(), [](int d) { return d < Width - 1; });
+            std::fill(index.begin(), digit, 0);
+            if (digit == index.end()) {
+                return false;
+            }
+            ++*digit;
+            return true;
+        };
+        do {
+            if (random() % 3 == 0) {
+                stored[index] = std::to_string(stored.size());
+                table.Cell(index, Text(stored[index]));
+            }
+        } while (advance());
+        do {
+            auto const expected = stored.find(index);
+            OmCellText const* const cell = table.Cell(index);
+            ASSERT_EQ(cell != nullptr, expected != stored.end());
+            ASSERT_TRUE(cell == nullptr || cell->AsString() == expected->second);
+            for (int& subscript : index) {
+                int const kept = std::exchange(subscript, Width + 1);
+                ASSERT_EQ(std::as_const(table).Cell(index), nullptr);
+                subscript = -1 - kept;
+                ASSERT_EQ(WhatOf([&] { table.Cell(index); }), SignMessage(-1 - kept));
+                subscript = kept;
+            }
+        } while (advance());
+    }
 }
 
 // Only a store needs a dimension: the empty index of a table without dimensions has the right length.
