@@ -2,6 +2,7 @@
 
 #include "omcell/OmMemoryRegion.h"
 
+#include "tests/support/AllocatorMayReturnNull.h"
 #include "tests/support/HeapInUse.h"
 
 #include <gtest/gtest.h>
@@ -33,6 +34,8 @@ std::vector<void*> FillChunks(OmMemoryRegion& region, std::size_t bytes) {
     }
     return blocks;
 }
+
+bool IsOfPage(void const* block) { return AddressOf(block) % 32 == 0; }
 
 void ReleaseAll(std::vector<void*> const& blocks) {
     std::for_each(blocks.begin(), blocks.end(), OmMemoryRegion::Release);
@@ -99,6 +102,35 @@ TEST(OmMemoryRegionPages, ReleasedBlockServesTheNextRequestOfItsSize) {
     EXPECT_EQ(region.Allocate(40), other);
     EXPECT_EQ(region.Allocate(64), block);
     EXPECT_EQ(region.Allocate(96), larger);
+}
+
+TEST(OmMemoryRegionPages, NewPageIsTakenOnlyWhenAllThatWasCutFromChunksIsInUse) {
+    OmMemoryRegion region(false);
+    std::vector<void*> const early = FillChunks(region, 60);
+    auto const cut = std::count_if(early.begin(), early.end(), [](void* block) { return !IsOfPage(block); });
+    for (void* const block : early) {
+        if (!IsOfPage(block)) {
+            OmMemoryRegion::Release(block);
+        }
+    }
+    std::ptrdiff_t again = 0;
+    for (std::size_t const reserved = region.ReservedBytes(); region.ReservedBytes() == reserved;) {
+        again += IsOfPage(region.Allocate(60)) ? 0 : 1;
+    }
+    EXPECT_EQ(again, cut);
+}
+
+TEST(OmMemoryRegionPages, BooksForgetAReleasedBlockOfEverySize) {
+    for (std::size_t bytes = 8; bytes <= OmMemoryRegion::SmallLimit; bytes += 8) {
+        OmMemoryRegion region(false);
+        FillChunks(region, bytes);
+        std::size_t const live = region.LiveBytes();
+        std::vector<void*> const blocks{region.Allocate(bytes), region.Allocate(bytes)};
+        ASSERT_TRUE(IsOfPage(blocks[0]) && IsOfPage(blocks[1])) << bytes;
+        ReleaseAll(blocks);
+        ASSERT_EQ(region.LiveBytes(), live) << bytes;
+        std::memset(region.Allocate(bytes), 0, bytes);
+    }
 }
 
 TEST(OmMemoryRegionPages, WhatWasCutFromChunksComesRoundAgainBeforeANewPageDoes) {
