@@ -1,6 +1,9 @@
 #include "omcell/OmStringCell.h"
 
+#include "omcell/OmCellMetaData.h"
 #include "omcell/OmNumber.h"
+#include "omcell/detail/PlainText.h"
+#include "platform/icuTracker.h"
 #include "tests/support/ForeignText.h"
 
 #include <gtest/gtest.h>
@@ -293,6 +296,48 @@ TEST(OmStringCell, CloneCopiesEverything) {
     EXPECT_EQ(arena.LiveBlocks(), 0U);
     OmStringCell const flagged("x", nullptr, true);
     EXPECT_TRUE(CloneOf(flagged, nullptr)->Flag());
+}
+
+// A clone with an alternative text is made in another way than the others are.
+TEST(OmStringCell, CloneWithAnAlternativeTextKeepsFlagMetadataAndTracker) {
+    OmMemoryRegion arena(false);
+    icuTracker tracker({false, ""});
+    OmStringCell cell("Output", &arena, true);
+    OmCellMetaData meta;
+    meta.footnotes = {3, 1};
+    cell.setMeta(&meta);
+    cell.SetTracker(&tracker);
+    cell.SetAltText("spoken");
+    std::unique_ptr<OmStringCell> const clone = CloneOf(cell, &arena);
+    EXPECT_EQ(clone->AltText(), "spoken");
+    EXPECT_TRUE(clone->Flag());
+    EXPECT_EQ(clone->Footnotes(), meta.footnotes);
+    EXPECT_EQ(clone->Tracker(), &tracker);
+    EXPECT_EQ(CloneOf(cell, nullptr)->Tracker(), nullptr);
+}
+
+// In the object, in a block apart, behind a clone's head, and with the lengths in the block.
+TEST(OmStringCell, CopiesAreReplacedByPiecesOfThemselves) {
+    for (std::size_t const length : {9U, 60U, 300U}) {
+        for (bool const isClone : {false, true}) {
+            std::string text;
+            while (text.size() < length) {
+                text += static_cast<char>('a' + text.size() % 26);
+            }
+            auto cell = std::make_unique<OmStringCell>(text);
+            if (isClone) {
+                cell = CloneOf(*cell, nullptr);
+            }
+            cell->SetU8String(om_detail::PlainText::Bytes(*cell).substr(2));
+            EXPECT_EQ(cell->AsU8String(), text.substr(2));
+            cell->SetEngString(om_detail::PlainText::Bytes(*cell).substr(1, 5));
+            EXPECT_EQ(cell->AsEngString(), text.substr(3, 5));
+            EXPECT_EQ(cell->AsU8String(), text.substr(2));
+            EXPECT_EQ(cell->AsString(), text);
+            cell->SetU8String(om_detail::PlainText::Bytes(*cell));
+            EXPECT_EQ(cell->AsU8String(), text.substr(2));
+        }
+    }
 }
 
 TEST(OmStringCell, CloneIsIndependentOfItsSource) {
