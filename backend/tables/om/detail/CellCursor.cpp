@@ -1,6 +1,7 @@
 #include "backend/tables/om/detail/CellCursor.h"
 
 #include <algorithm>
+#include <functional>
 #include <utility>
 
 using Cursor = OmPivotTable::Iterator::Data;
@@ -44,6 +45,7 @@ void Cursor::NextInList() {
     }
     if (changes == store->Changes()) {
         while (next != end) {
+            FetchAhead();
             if (void* const entry = *next++) {
                 cell = static_cast<OmCellText*>(entry);
                 return;
@@ -74,6 +76,7 @@ void Cursor::Leave() {
         level.position = PositionOn(inSpanning ? 1 : 0);
     }
     levels[0].position = position;
+    fetched = readable - next > Ahead ? next + Ahead : readable;
     begin = end = next = readable = nullptr;
     length = 0;
 }
@@ -96,8 +99,11 @@ void* Cursor::StartRun(void* const* entries, std::size_t count, std::size_t canB
             next = entries + first + 1;
             end = entries + count;
             readable = entries + canBeRead;
-            for (std::size_t i = first; i < std::min(first + std::size_t{Ahead}, canBeRead); ++i) {
-                Prefetch(entries[i]);
+            void* const* const stop = entries + std::min(first + std::size_t{Ahead}, canBeRead);
+            auto const isBefore = std::less<void* const*>();
+            void* const* slot = isBefore(fetched, next) || isBefore(stop, fetched) ? next : fetched;
+            for (; slot != stop; ++slot) {
+                Prefetch(*slot);
             }
             return entries[first];
         }
@@ -227,6 +233,7 @@ void Cursor::NextElsewhere() {
 void Cursor::FindAgain() {
     changes = store->Changes();
     cell = nullptr;
+    fetched = nullptr;
     void const* node = Top();
     if (node == nullptr) {
         return;
