@@ -33,10 +33,12 @@ constexpr std::size_t LastChunkBytes = PageBytes;
 static_assert(Word == 8, "the owner word in front of a block is eight bytes");
 static_assert(alignof(std::max_align_t) <= 16, "blocks are aligned to sixteen bytes");
 
-// The head takes a cache line, so that blocks of one lie in one. A page is taken a little short: the allocator's own
-// words fit before the next page then, and pages follow each other without a gap.
+// The head takes a cache line, so that blocks of one lie in one. A page is taken a little short, for two reasons: the
+// allocator's own words fit before the next page, so that pages follow each other without a gap; and glibc, which looks
+// for a page in twice as much and 32 bytes, stays below what it makes a mapping of its own for, where all of it is
+// kept.
 constexpr std::size_t PageHead = 64;
-constexpr std::size_t TakenForPage = PageBytes - 64;
+constexpr std::size_t TakenForPage = PageBytes - 80;
 
 // Of a payload; set for all but blocks of pages.
 constexpr std::uintptr_t WordBit = 16;
@@ -153,6 +155,7 @@ OmMemoryRegion::OmMemoryRegion(DefaultHeapTag) : OmMemoryRegion(false) { _defaul
 
 OmMemoryRegion::~OmMemoryRegion() {
     DropDependents();
+    ForgetWatchers();
     while (_chunks != nullptr) {
         Chunk* const chunk = _chunks;
         _chunks = chunk->next;
@@ -183,10 +186,15 @@ OmMemoryRegion* OmMemoryRegion::DefaultHeap() {
 
 void* OmMemoryRegion::Allocate(std::size_t bytes) {
     if (_defaultHeap) {
-        char* const place = static_cast<char*>(TakeFromSystem(SumOrThrow(bytes, Stride)));
+        // An address at the very end of the allocator's block would not be taken for a reference to it.
+        std::size_t const wanted = bytes + (bytes == 0 ? 1 : 0);
+        char* const place = static_cast<char*>(TakeFromSystem(SumOrThrow(wanted, Stride)));
         std::size_t const shift = ToEvenPlace(place);
         char* const block = place + shift + WordBit;
         WriteWord(block - Word, reinterpret_cast<void*>(shift / WordBit));
+        if (_watched) {
+            Poison(block + wanted, WordBit - shift);
+        }
         return block;
     }
     if (bytes > SmallLimit) {
@@ -253,6 +261,9 @@ void* OmMemoryRegion::AllocateLarge(std::size_t bytes) {
         _large->previous = block;
     }
     _large = block;
+    if (_watched) {
+        Poison(reinterpret_cast<char*>(block + 1) + bytes, WordBit - ToEvenPlace(start));
+    }
     ++_liveBlocks;
     _liveBytes += bytes;
     _reservedBytes += total;
@@ -325,6 +336,9 @@ void OmMemoryRegion::ReleaseInPage(Page const& page, void* block) {
     }
     PageClass& kind = _pageClasses[page.sizeClass];
     std::size_t const stride = (page.sizeClass + 1) * Stride;
+    if (_watched) {
+        Reveal(block);
+    }
     WriteWord(block, kind.released);
     kind.released = block;
     if (_watched) {
@@ -362,9 +376,7 @@ void OmMemoryRegion::WorkingRelease(bool) {
         return;
     }
     DropDependents();
-    while (_watchers != nullptr) {
-        Unwatch(*_watchers);
-    }
+    ForgetWatchers();
     _swept = true;
     _liveBlocks = 0;
     _liveBytes = 0;
@@ -428,6 +440,12 @@ void OmMemoryRegion::Watch(Watcher& watcher) {
 void OmMemoryRegion::Unwatch(Watcher& watcher) {
     if (watcher.region != nullptr) {
         TakeOffList(watcher.region->_watchers, watcher);
+    }
+}
+
+void OmMemoryRegion::ForgetWatchers() {
+    while (_watchers != nullptr) {
+        Unwatch(*_watchers);
     }
 }
 

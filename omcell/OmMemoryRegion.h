@@ -40,15 +40,18 @@
 ///         +-----------------+----------+------------------+
 ///
 /// A size class starts with blocks cut from chunks, which all classes share, so that an arena with a handful of texts
-/// takes a few kilobytes. Once it has cut 64 KiB it goes on with pages: no word, texts of two cache lines or less that
-/// begin with one, and a release that need not wait until the block itself has come from memory. Ten million blocks
-/// with releases at random took 174 to 205 ns each with a word before each block, 112 to 137 ns with pages.
+/// takes a few kilobytes. Once it has cut as many as a page holds it goes on with pages: no word, blocks of 64 bytes
+/// that are a cache line each, and a release that need not wait until the block itself has come from memory. Ten
+/// million blocks with releases at random took 174 to 205 ns each with a word before each block, 112 to 137 ns with
+/// pages.
 ///
 /// Invariants
 ///  1. Every block is aligned for any standard type; two live blocks never share an address, zero-byte ones included.
-///  2. A released small block serves the next request of its size class; a released large block leaves the process's
-///     books at once. A program that replaces its texts for hours does not grow its arena.
-///  3. `Allocate` and `Release` cost O(1) beside the global allocator's own cost for a new chunk or a large block.
+///  2. A released small block serves the next request of its size class, one cut from a chunk at the latest when the
+///     class would need a new page; a released large block leaves the process's books at once. A program that replaces
+///     its texts for hours does not grow its arena.
+///  3. `Allocate` and `Release` cost O(1) beside the global allocator's own cost for a new chunk or page or a large
+///     block.
 ///  4. Chunks start small and double up to a bound. Pages never exceed what their class has cut from chunks before, and
 ///     what it uses, by more than one.
 ///
@@ -84,7 +87,7 @@ public:
     /// always passes false.
     explicit OmMemoryRegion(bool shared);
 
-    /// Gives every chunk and large block back to the global allocator. Destructors of objects in them do not run;
+    /// Gives every chunk, page and large block back to the global allocator. Destructors of objects in them do not run;
     /// dependents that `WorkingRelease` has not dropped yet are dropped first.
     ~OmMemoryRegion();
 
@@ -109,8 +112,8 @@ public:
 
     /// Ends the arena's service in one sweep: drops every dependent and makes all later `Release` calls on its blocks
     /// do nothing. Blocks stay readable until the destructor, so owners may still run the destructors that they need,
-    /// in the order that they need. Costs O(dependents); no block is visited. The flag has no effect. Does nothing on
-    /// the default heap.
+    /// in the order that they need. Costs O(dependents and watchers); no block is visited. The flag has no effect. Does
+    /// nothing on the default heap.
     void WorkingRelease(bool keep);
 
     /// Whether this is the default heap.
@@ -140,7 +143,8 @@ public:
         }
     }
 
-    /// Blocks handed out and neither released nor swept. 0 for the default heap, which keeps no counts.
+    /// Blocks handed out and neither released nor swept. One that is handed out after the sweep stays counted. 0 for
+    /// the default heap, which keeps no counts.
     std::size_t LiveBlocks() const { return _liveBlocks; }
     /// Bytes of those blocks, rounded up to what was set aside for each payload. 0 for the default heap.
     std::size_t LiveBytes() const { return _liveBytes; }
@@ -184,6 +188,7 @@ private:
     void ReleaseSmall(Owner& owner, void* word);
     void ReleaseLarge(Owner& owner);
     void DropDependents();
+    void ForgetWatchers();
     void SettleWatchers();
 
     PageClass _pageClasses[Classes];

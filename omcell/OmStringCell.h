@@ -25,9 +25,9 @@ struct PlainText;
 /// All three start as the given bytes. A program that knows better sets the second and the third; the flag says that
 /// there is nothing to know, because the text is the same in every language and code page.
 ///
-/// Short copies, up to 36 bytes together, lie in the object, and so do those of every clone whose copies are no longer
-/// than 255 bytes each: a clone is one block, which is longer than the object if need be. A million short texts take
-/// one request and one cache line for each.
+/// Short copies, up to 36 bytes together, lie in the object. So do those of a clone, as long as none is longer than 255
+/// bytes and there is no alternative text: such a clone is one block, which is longer than the object if need be. Each
+/// of a million clones of up to twelve bytes is one cache line.
 ///
 ///     +--------+-----------+---------+------------------------+-------+-------+---------+
 ///     | vtable | meta/home | tracker | 3 lengths, form, flag  | UTF-8 | given | English |               form: Inline
@@ -47,18 +47,18 @@ struct PlainText;
 ///     +-------------------------+-----------------------+---------+      +-----------+-------+-------+---------+-----+
 ///                                                                         64 bits each                   form: Wide
 ///
-/// What one block saves against an object with three blocks of its own: 209 bytes of region a clone of ten bytes
-/// become 64.
+/// What one block saves against an object with three blocks of its own: of 209 bytes of region that each of many clones
+/// of ten bytes takes, 64 are left.
 ///
-/// Everything lies in the region, so an arena's sweep leaves nothing of a string cell behind.
+/// Whatever bytes do not lie in the object lie in its home, so an arena's sweep leaves nothing of a clone behind.
 class OMCELL_API OmStringCell : public OmCellText {
 public:
     /// What `OrderCode` gives.
     static constexpr short Order = 1;
 
-    /// A text whose bytes are copied three times into `region`, the default heap when null. `flag`: see `Flag`. The
-    /// text itself stands wherever the caller puts it: `new (region) OmStringCell(text, region, false)`. REQUIRES: an
-    /// arena lives at least until the text's destructor has run.
+    /// A text that keeps three copies of the bytes, in itself where they are short, else in `region`, the default heap
+    /// when null. `flag`: see `Flag`. The text itself stands wherever the caller puts it: `new (region)
+    /// OmStringCell(text, region, false)`. REQUIRES: an arena lives at least until the text's destructor has run.
     explicit OmStringCell(std::string text, OmMemoryRegion* region = nullptr, bool flag = false);
 
     OmStringCell(OmStringCell const&) = delete;

@@ -18,7 +18,8 @@ struct PlainText {
                                                                           : nullptr;
     }
 
-    /// The bytes that `Compare` goes by. Valid until they are replaced, no longer than the text.
+    /// The bytes that `Compare` goes by. Valid until any copy or the alternative text is replaced, no longer than the
+    /// text.
     static std::string_view Bytes(OmStringCell const& text) { return text.View(OmStringCell::U8); }
 
     static OmMemoryRegion* Home(OmStringCell const& text) { return text.Home(); }

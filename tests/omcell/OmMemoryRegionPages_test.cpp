@@ -157,6 +157,33 @@ TEST(OmMemoryRegionPages, WhatWasCutFromChunksComesRoundAgainBeforeANewPageDoes)
     }
 }
 
+// A released block keeps a link in its first word, which the block may be shorter than.
+TEST(OmMemoryRegionPages, BlocksShorterThanAWordGoBack) {
+    for (std::size_t bytes = 0; bytes < 8; ++bytes) {
+        OmMemoryRegion region(false);
+        while (AddressOf(region.Allocate(bytes)) % 32 != 0) {
+        }
+        void* const first = region.Allocate(bytes);
+        void* const second = region.Allocate(bytes);
+        OmMemoryRegion::Release(first);
+        OmMemoryRegion::Release(second);
+        EXPECT_EQ(region.Allocate(bytes), second);
+        EXPECT_EQ(region.Allocate(bytes), first);
+    }
+}
+
+#if !defined(OM_TEST_ADDRESS_SANITIZER)
+// An allocator that serves a page with a mapping of its own, twice as long, keeps twice of what the books say.
+TEST(OmMemoryRegionPages, AllocatorHoldsLittleMoreThanTheBooksSay) {
+    std::size_t const before = omtest::HeapInUse();
+    OmMemoryRegion region(false);
+    for (int i = 0; i < 200000; ++i) {
+        region.Allocate(60);
+    }
+    EXPECT_LT(omtest::HeapInUse() - before, region.ReservedBytes() * 21 / 20);
+}
+#endif
+
 // Every size at once, chunks and pages side by side, released in any order.
 TEST(OmMemoryRegionPages, LiveBlocksNeverShareAByte) {
     std::mt19937_64 random(11);

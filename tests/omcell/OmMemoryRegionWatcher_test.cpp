@@ -83,6 +83,16 @@ TEST(OmMemoryRegionWatcher, SweepForgetsTheListWithoutACall) {
     EXPECT_EQ(watcher.settled, 0);
 }
 
+TEST(OmMemoryRegionWatcher, EndWithoutASweepForgetsTheListWithoutACall) {
+    CountingWatcher watcher;
+    {
+        OmMemoryRegion region(false);
+        region.Watch(watcher);
+    }
+    EXPECT_EQ(watcher.region, nullptr);
+    EXPECT_EQ(watcher.settled, 0);
+}
+
 TEST(OmMemoryRegionWatcher, DefaultHeapKeepsNone) {
     CountingWatcher watcher;
     OmMemoryRegion::DefaultHeap()->Watch(watcher);

@@ -470,6 +470,19 @@ TEST(OmMemoryRegion, ReleasedAndUnusedStorageIsOutOfBounds) {
 }
 
 #if defined(OM_TEST_ADDRESS_SANITIZER)
+TEST(OmMemoryRegion, ByteBehindALargeBlockAndOneOfTheDefaultHeapIsOutOfBounds) {
+    OmMemoryRegion region(false);
+    for (std::size_t bytes = Small + 1; bytes < Small + 80; ++bytes) {
+        auto* const large = static_cast<char*>(region.Allocate(bytes));
+        auto* const inHeap = static_cast<char*>(OmMemoryRegion::DefaultHeap()->Allocate(bytes));
+        ASSERT_EQ(__asan_region_is_poisoned(large, bytes), nullptr);
+        ASSERT_EQ(__asan_region_is_poisoned(inHeap, bytes), nullptr);
+        ASSERT_EQ(__asan_address_is_poisoned(large + bytes), 1) << bytes;
+        ASSERT_EQ(__asan_address_is_poisoned(inHeap + bytes), 1) << bytes;
+        OmMemoryRegion::Release(inHeap);
+    }
+}
+
 TEST(OmMemoryRegion, StorageOfAnEndedRegionIsNotPoisonedForItsNextOwner) {
     for (int i = 0; i < 100; ++i) {
         auto region = std::make_unique<OmMemoryRegion>(false);
