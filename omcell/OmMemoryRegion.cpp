@@ -146,7 +146,7 @@ struct DefaultHeapHolder {
 OmMemoryRegion::OmMemoryRegion(bool) : _nextChunkBytes(FirstChunkBytes), _watched(IsWatched()) {
     for (std::size_t i = 0; i < Classes; ++i) {
         std::size_t const stride = (i + 1) * Stride;
-        _pageClasses[i] = PageClass{nullptr, nullptr, nullptr, PageBytes / stride};
+        _pageClasses[i] = PageClass{nullptr, nullptr, nullptr, PageBytes / stride, 0, 0};
         _wordClasses[i] = WordClass{Owner{this, stride - Word}, nullptr};
     }
 }
@@ -209,6 +209,7 @@ void* OmMemoryRegion::Allocate(std::size_t bytes) {
             Reveal(block);
         }
         kind.released = ReadWord<void>(block);
+        --kind.back;
     } else if (kind.next != kind.end) {
         block = kind.next;
         kind.next += stride;
@@ -219,8 +220,6 @@ void* OmMemoryRegion::Allocate(std::size_t bytes) {
         Poison(block, Word);
         Unpoison(block, bytes);
     }
-    ++_liveBlocks;
-    _liveBytes += stride;
     return block;
 }
 
@@ -246,8 +245,8 @@ void* OmMemoryRegion::AllocateFromChunk(PageClass& kind, std::size_t bytes) {
         Unpoison(word, Word + bytes);
     }
     WriteWord(word, &words.owner);
-    ++_liveBlocks;
-    _liveBytes += words.owner.payload;
+    ++_live.blocks;
+    _live.bytes += words.owner.payload;
     return word + Word;
 }
 
@@ -264,8 +263,8 @@ void* OmMemoryRegion::AllocateLarge(std::size_t bytes) {
     if (_watched) {
         Poison(reinterpret_cast<char*>(block + 1) + bytes, WordBit - ToEvenPlace(start));
     }
-    ++_liveBlocks;
-    _liveBytes += bytes;
+    ++_live.blocks;
+    _live.bytes += bytes;
     _reservedBytes += total;
     return block + 1;
 }
@@ -299,6 +298,7 @@ void OmMemoryRegion::AddPage(PageClass& kind) {
     _lastPage = page;
     kind.next = static_cast<char*>(place) + PageHead;
     kind.end = kind.next + (TakenForPage - PageHead) / stride * stride;
+    kind.inPages += (TakenForPage - PageHead) / stride;
     if (_watched) {
         Poison(kind.next, TakenForPage - PageHead);
     }
@@ -335,17 +335,15 @@ void OmMemoryRegion::ReleaseInPage(Page const& page, void* block) {
         return;
     }
     PageClass& kind = _pageClasses[page.sizeClass];
-    std::size_t const stride = (page.sizeClass + 1) * Stride;
     if (_watched) {
         Reveal(block);
     }
     WriteWord(block, kind.released);
     kind.released = block;
+    ++kind.back;
     if (_watched) {
-        Poison(block, stride);
+        Poison(block, (page.sizeClass + 1) * Stride);
     }
-    --_liveBlocks;
-    _liveBytes -= stride;
 }
 
 void OmMemoryRegion::ReleaseSmall(Owner& owner, void* word) {
@@ -355,8 +353,8 @@ void OmMemoryRegion::ReleaseSmall(Owner& owner, void* word) {
     if (_watched) {
         Poison(static_cast<char*>(word) + Word, owner.payload);
     }
-    --_liveBlocks;
-    _liveBytes -= owner.payload;
+    --_live.blocks;
+    _live.bytes -= owner.payload;
 }
 
 void OmMemoryRegion::ReleaseLarge(Owner& owner) {
@@ -365,8 +363,8 @@ void OmMemoryRegion::ReleaseLarge(Owner& owner) {
     if (block->next != nullptr) {
         block->next->previous = block->previous;
     }
-    --_liveBlocks;
-    _liveBytes -= owner.payload;
+    --_live.blocks;
+    _live.bytes -= owner.payload;
     _reservedBytes -= owner.payload + sizeof(LargeBlock) + WordBit;
     std::free(block->start);
 }
@@ -378,8 +376,20 @@ void OmMemoryRegion::WorkingRelease(bool) {
     DropDependents();
     ForgetWatchers();
     _swept = true;
-    _liveBlocks = 0;
-    _liveBytes = 0;
+    Sum const inPages = InPages();
+    _live = Sum{0 - inPages.blocks, 0 - inPages.bytes};
+}
+
+OmMemoryRegion::Sum OmMemoryRegion::InPages() const {
+    Sum sum;
+    for (std::size_t i = 0; i < Classes; ++i) {
+        PageClass const& kind = _pageClasses[i];
+        std::size_t const stride = (i + 1) * Stride;
+        std::size_t const blocks = kind.inPages - static_cast<std::size_t>(kind.end - kind.next) / stride - kind.back;
+        sum.blocks += blocks;
+        sum.bytes += blocks * stride;
+    }
+    return sum;
 }
 
 void OmMemoryRegion::DropDependents() {

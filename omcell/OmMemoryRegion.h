@@ -145,9 +145,9 @@ public:
 
     /// Blocks handed out and neither released nor swept. One that is handed out after the sweep stays counted. 0 for
     /// the default heap, which keeps no counts.
-    std::size_t LiveBlocks() const { return _liveBlocks; }
+    std::size_t LiveBlocks() const { return _live.blocks + InPages().blocks; }
     /// Bytes of those blocks, rounded up to what was set aside for each payload. 0 for the default heap.
-    std::size_t LiveBytes() const { return _liveBytes; }
+    std::size_t LiveBytes() const { return _live.bytes + InPages().bytes; }
     /// Bytes that the arena holds from the global allocator: chunks, pages and large blocks with their heads. 0 for the
     /// default heap.
     std::size_t ReservedBytes() const { return _reservedBytes; }
@@ -168,6 +168,12 @@ private:
         char* next;              ///< next never-used block of the newest page
         char* end;               ///< behind that page's last block
         std::size_t beforePages; ///< how many more blocks are cut from chunks before there are pages
+        std::size_t inPages;     ///< blocks that the pages are good for
+        std::size_t back;        ///< how many of these are released
+    };
+    struct Sum {
+        std::size_t blocks = 0;
+        std::size_t bytes = 0;
     };
     struct Page;
     struct Chunk;
@@ -187,6 +193,9 @@ private:
     void ReleaseInPage(Page const& page, void* block);
     void ReleaseSmall(Owner& owner, void* word);
     void ReleaseLarge(Owner& owner);
+    /// Blocks of pages that are handed out. The ways in and out of a page count as little as they can: with a count of
+    /// blocks and one of bytes they took a tenth longer.
+    Sum InPages() const;
     void DropDependents();
     void ForgetWatchers();
     void SettleWatchers();
@@ -202,8 +211,7 @@ private:
     Dependent* _dependents = nullptr;
     Watcher* _watchers = nullptr;
     std::size_t _nextChunkBytes;
-    std::size_t _liveBlocks = 0;
-    std::size_t _liveBytes = 0;
+    Sum _live; ///< blocks with a word in front; after a sweep, less what was live in pages
     std::size_t _reservedBytes = 0;
     bool _defaultHeap = false;
     bool _swept = false;
