@@ -115,9 +115,8 @@ std::size_t SumOrThrow(std::size_t bytes, std::size_t extra) {
 
 } // namespace
 
-struct OmMemoryRegion::Chunk {
+struct alignas(16) OmMemoryRegion::Chunk {
     Chunk* next;
-    std::size_t bytes;
 };
 
 struct OmMemoryRegion::Page {
@@ -159,17 +158,11 @@ OmMemoryRegion::~OmMemoryRegion() {
     while (_chunks != nullptr) {
         Chunk* const chunk = _chunks;
         _chunks = chunk->next;
-        if (_watched) {
-            Unpoison(chunk, chunk->bytes);
-        }
         std::free(chunk);
     }
     while (_firstPage != nullptr) {
         Page* const page = _firstPage;
         _firstPage = page->next;
-        if (_watched) {
-            Unpoison(page, TakenForPage);
-        }
         std::free(page);
     }
     while (_large != nullptr) {
@@ -271,7 +264,7 @@ void* OmMemoryRegion::AllocateLarge(std::size_t bytes) {
 
 void OmMemoryRegion::AddChunk() {
     Chunk* const chunk = static_cast<Chunk*>(TakeFromSystem(_nextChunkBytes));
-    *chunk = Chunk{_chunks, _nextChunkBytes};
+    *chunk = Chunk{_chunks};
     _chunks = chunk;
     // A word goes 8 behind a multiple of thirty-two, its payload 16.
     char* const behind = reinterpret_cast<char*>(chunk + 1);

@@ -52,8 +52,8 @@
 ///     its texts for hours does not grow its arena.
 ///  3. `Allocate` and `Release` cost O(1) beside the global allocator's own cost for a new chunk or page or a large
 ///     block.
-///  4. Chunks start small and double up to a bound. Pages never exceed what their class has cut from chunks before, and
-///     what it uses, by more than one.
+///  4. Chunks start small and double up to a bound. A class takes a page only when no released block serves the
+///     request.
 ///
 /// A region is used by one thread at a time. `DefaultHeap()` may be used by any number of threads at once.
 ///

@@ -25,7 +25,8 @@ OmStringCell::OmStringCell(OmStringCell const& source, OmMemoryRegion* region, c
     : OmCellText(region), _shape(source._shape) {
     std::size_t const bytes = source.ShortLength();
     if (_shape.form == Form::Inline && bytes <= Room) {
-        // As many as there are room for, whatever they hold: three loads and stores instead of a call.
+        // As many as there is room for, whatever they hold: three loads and stores instead of a call. With what is said
+        // below, a tenth of a dense store.
         std::memcpy(_runs, source._runs, Room);
     } else {
         // Not memcpy: told that there are 765 bytes at most, gcc makes it a repeated string instruction, which takes

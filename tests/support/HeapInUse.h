@@ -13,6 +13,18 @@ inline std::size_t HeapInUse() {
     return books.uordblks + books.hblkhd;
 }
 
+/// What that has grown by over `rounds` calls of `work`. A call before them does not count: the allocator keeps some of
+/// what came back for the next one.
+template <typename Work>
+std::ptrdiff_t HeapGrowth(int rounds, Work&& work) {
+    work();
+    std::size_t const before = HeapInUse();
+    for (int round = 0; round < rounds; ++round) {
+        work();
+    }
+    return static_cast<std::ptrdiff_t>(HeapInUse()) - static_cast<std::ptrdiff_t>(before);
+}
+
 } // namespace omtest
 
 #endif
