@@ -2,6 +2,7 @@
 
 #include "omcell/OmStringCell.h"
 #include "platform/icuTracker.h"
+#include "tests/support/MuteText.h"
 
 #include <gtest/gtest.h>
 
@@ -49,38 +50,16 @@ TEST(OmMessageTracker, PatternStaysAsItIsWhenItCannotBeConverted) {
     }
 }
 
-namespace {
-
-/// A kind whose clone is the text itself.
-class SelfCloning final : public OmCellText {
-public:
-    explicit SelfCloning(int& destroyed) : _destroyed(destroyed) {}
-    ~SelfCloning() override { ++_destroyed; }
-
-    void Accept(Visitor&) override {}
-    short OrderCode() const override { return 100; }
-    std::string AsString() const override { return "t"; }
-    std::string AsU8String() const override { return "t"; }
-    std::string AsEngString() const override { return "t"; }
-    short Compare(OmCellText const&) const override { return 0; }
-    OmCellText* Clone(OmMemoryRegion*) const override { return const_cast<SelfCloning*>(this); }
-
-private:
-    int& _destroyed;
-};
-
-} // namespace
-
 TEST(OmMessage, RefillingWithTheVeryTextThatIsHeldDestroysNothing) {
     int destroyed = 0;
     {
         OmMessage message("{0}");
-        SelfCloning* const text = new SelfCloning(destroyed);
+        omtest::SelfCloning* const text = new omtest::SelfCloning(destroyed);
         message.Fill(0, *text);
         message.Fill(0, *text);
         EXPECT_EQ(message.Filler(0), text);
         EXPECT_EQ(destroyed, 0);
-        EXPECT_EQ(message.AsString(), "t");
+        EXPECT_EQ(message.AsString(), "mute");
     }
     EXPECT_EQ(destroyed, 1);
 }

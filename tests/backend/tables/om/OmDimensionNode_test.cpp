@@ -4,6 +4,7 @@
 #include "tests/support/CapturedOutput.h"
 #include "tests/support/CategoryText.h"
 #include "tests/support/ForeignText.h"
+#include "tests/support/MuteText.h"
 
 #include <gtest/gtest.h>
 
@@ -34,34 +35,11 @@ OmDimensionNode Group(std::string const& label, unsigned long long subscript) {
     return OmDimensionNode(Label(label), subscript, true, nullptr);
 }
 
-/// A text that is its own clone, as a shared constant of a program may be.
-class Shared final : public OmCellText {
-public:
-    explicit Shared(int& destroyed) : _destroyed(destroyed) {}
-    ~Shared() override { ++_destroyed; }
-    void Accept(Visitor&) override {}
-    short OrderCode() const override { return 200; }
-    std::string AsString() const override { return "shared"; }
-    std::string AsU8String() const override { return "shared"; }
-    std::string AsEngString() const override { return "shared"; }
-    short Compare(OmCellText const&) const override { return 0; }
-    OmCellText* Clone(OmMemoryRegion*) const override { return const_cast<Shared*>(this); }
-
-private:
-    int& _destroyed;
-};
-
 /// A text whose destructor notes how many blocks its arena still holds.
-class Witness final : public OmCellText {
+class Witness final : public omtest::MuteText {
 public:
     Witness(OmMemoryRegion& arena, std::size_t& blocks) : _arena(arena), _blocks(blocks) {}
     ~Witness() override { _blocks = _arena.LiveBlocks(); }
-    void Accept(Visitor&) override {}
-    short OrderCode() const override { return 201; }
-    std::string AsString() const override { return "witness"; }
-    std::string AsU8String() const override { return "witness"; }
-    std::string AsEngString() const override { return "witness"; }
-    short Compare(OmCellText const&) const override { return 0; }
     OmCellText* Clone(OmMemoryRegion* region) const override { return new (region) Witness(_arena, _blocks); }
 
 private:
@@ -323,7 +301,7 @@ TEST(OmDimensionNode, FailingCloneKeepsTheOldText) {
 TEST(OmDimensionNode, CloneThatIsTheTextHeldAlreadyIsKept) {
     int destroyed = 0;
     {
-        Shared* const text = new Shared(destroyed);
+        omtest::SelfCloning* const text = new omtest::SelfCloning(destroyed);
         OmDimensionNode node(*text, 0, false, nullptr);
         ASSERT_EQ(node.Text(), text);
         node.Text(*text);
