@@ -24,8 +24,8 @@ namespace fs = std::filesystem;
 class Folder {
 public:
     Folder() {
-        // The six letters are what mkdtemp puts a name of its own for.
-        std::string name = (fs::temp_directory_path() / "omtree-output-XXXXXX").string();
+        // mkdtemp puts letters of its own for the last six.
+        std::string name = (fs::temp_directory_path() / "omtree-output-").string() + std::string(6, 'X');
         EXPECT_NE(mkdtemp(name.data()), nullptr);
         _path = name;
     }
