@@ -4,7 +4,7 @@ JOBS ?= $(shell nproc)
 # What the benchmarks are written with, and the rivals.
 BENCHMARK_PACKAGES = libbenchmark-dev libabsl-dev libboost1.81-dev libmimalloc-dev
 
-.PHONY: demo test asan clang tidy format-check bench bench-growth bench-programs instructions clean setup
+.PHONY: demo test asan tsan memcheck coverage mutation clang tidy format-check bench bench-growth bench-programs instructions clean setup
 
 demo: setup
 	cmake --preset release
@@ -21,6 +21,35 @@ asan: setup
 	cmake --preset asan-ubsan
 	cmake --build --preset asan-ubsan -j $(JOBS)
 	ctest --preset asan-ubsan -j $(JOBS)
+
+# Documents on threads of their own.
+tsan: setup
+	cmake --preset tsan
+	cmake --build --preset tsan -j $(JOBS) --target threads_Documents_test
+	build/tsan/tests/threads_Documents_test
+
+# Some programs only: make memcheck PROGRAMS='regress_Documents_test'
+PROGRAMS ?=
+
+memcheck:
+	tools/setup.sh valgrind
+	cmake --preset release
+	cmake --build --preset release -j $(JOBS)
+	tools/memcheck.py build/release --jobs $(JOBS) $(PROGRAMS)
+
+# What the tests reach: lines, branches, conditions. Every place that they do not: make coverage LIST=1
+coverage:
+	tools/setup.sh clang-19 llvm-19 libclang-rt-19-dev
+	cmake --preset coverage
+	cmake --build --preset coverage -j $(JOBS)
+	tools/coverage.py build/coverage --jobs $(JOBS) $(if $(LIST),--list)
+
+# What the tests notice of changes that break the library: make mutation SAMPLE=40 SEED=7
+SAMPLE ?= 240
+SEED ?= 1
+
+mutation: setup
+	tools/mutation.py --sample $(SAMPLE) --seed $(SEED) --jobs $(JOBS)
 
 clang:
 	tools/setup.sh clang $(BENCHMARK_PACKAGES)

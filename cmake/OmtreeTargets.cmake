@@ -1,7 +1,7 @@
 # How every target of this project is compiled, and how a library of it is put together.
 
 set(OMTREE_WARNINGS -Wall -Wextra -Wpedantic -Wconversion -Wshadow)
-set(OMTREE_SANITIZE_FLAGS -fsanitize=address,undefined -fno-sanitize-recover=all -fno-omit-frame-pointer)
+set(OMTREE_SANITIZE_FLAGS -fsanitize=${OMTREE_SANITIZERS} -fno-sanitize-recover=all -fno-omit-frame-pointer)
 
 # Language level, warnings and sanitizers for one target of ours.
 function(omtree_set_up target)
