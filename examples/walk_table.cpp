@@ -5,7 +5,7 @@
 
 int main() {
     auto const text = [](char const* bytes) { return OmStringCell(bytes, nullptr, false); };
-    OmPivotTable table(text("Survivors"), text("Crosstab"), false);
+    OmPivotTable table(text("Survivors"), text("Cross tabulation"), false);
 
     OmDimension& sex = table.AddDimension(text("Sex"));
     OmDimension& age = table.AddDimension(text("Age"));

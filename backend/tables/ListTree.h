@@ -27,11 +27,11 @@ struct ListTreeData {
 
 /// Ordered tree that is stored flat: one list of records in pre-order, each with its depth.
 ///
-///     Output          0        list:  Output  Crosstabs  Table  Log  Means  Table
-///     |-- Crosstabs   1        level:   0         1        2     2     1      2
+///     Output          0        list:  Output  By class  Table  Log  By age  Table
+///     |-- By class    1        level:   0        1        2     2     1       2
 ///     |   |-- Table   2
 ///     |   `-- Log     2        Relations are not stored: a node's subtree is the records behind it up to the first
-///     `-- Means       1        one that is not deeper, its parent the nearest record before it that is shallower.
+///     `-- By age      1        one that is not deeper, its parent the nearest record before it that is shallower.
 ///         `-- Table   2
 ///
 /// Invariants kept by the operations here; who edits `List()` keeps them too.

@@ -94,7 +94,7 @@ std::unique_ptr<OmPivotTable> buildTable(Tally const& tally, Options const& opti
     checkCombinations(tally);
 
     OmStringCell title(titleOf(tally, options));
-    auto table = std::make_unique<OmPivotTable>(title, OmStringCell("Crosstabulation"), false);
+    auto table = std::make_unique<OmPivotTable>(title, OmStringCell("Cross tabulation"), false);
     for (TalliedColumn const& column : tally.columns()) {
         addCategories(table->AddDimension(OmStringCell(column.name)), column);
     }

@@ -23,8 +23,8 @@ OmOutputTree::Node append(OmOutputTree& tree, OmOutputTree::Node const& parent, 
 
 std::unique_ptr<OmTextBlock> logBlock() {
     auto log = std::make_unique<OmTextBlock>(text("Log"), "UTF-8");
-    log->TextList() = {"GET DATA /FILE='titanic.csv'.", "CROSSTABS /TABLES=class BY survived BY sex",
-                       "  /CELLS=COUNT ROW.", "TREE survived BY class sex age."};
+    log->TextList() = {"Read titanic.csv", "Cross tabulation: class by survival, a layer for each sex",
+                       "  counts, and percentages of the class", "Survival tree: from class, sex and age"};
     return log;
 }
 
@@ -73,7 +73,7 @@ std::unique_ptr<OmInteractive> interactive() {
     std::string const content = R"({"type": "FeatureCollection", "features": []})";
     item->addGeoJSONFileName(name.data(), lengthOf(name));
     item->addGeoJSONFileContent(content.data(), lengthOf(content));
-    item->setProcedureName("MAP");
+    item->setProcedureName("Map");
     return item;
 }
 
@@ -101,16 +101,16 @@ std::unique_ptr<OmOutputTree> sampleDocument() {
     append(tree, root, pageTitle());
     append(tree, root, logBlock());
 
-    OmOutputTree::Node const crosstabs =
-        append(tree, root, std::make_unique<OmProcedure>(text("Crosstabs"), "en", "UTF-8", "en_US.UTF-8"));
-    append(tree, crosstabs, notesTable());
-    append(tree, crosstabs, warningsTable());
-    append(tree, crosstabs, survivalTable());
-    append(tree, crosstabs, comment());
-    append(tree, crosstabs, chart());
+    OmOutputTree::Node const tabulation =
+        append(tree, root, std::make_unique<OmProcedure>(text("Cross tabulation"), "en", "UTF-8", "en_US.UTF-8"));
+    append(tree, tabulation, notesTable());
+    append(tree, tabulation, warningsTable());
+    append(tree, tabulation, survivalTable());
+    append(tree, tabulation, comment());
+    append(tree, tabulation, chart());
 
     OmOutputTree::Node const analysis =
-        append(tree, root, std::make_unique<OmProcedure>(text("Tree"), "en", "UTF-8", "en_US.UTF-8"));
+        append(tree, root, std::make_unique<OmProcedure>(text("Survival by class, sex and age"), "en", "UTF-8", "en_US.UTF-8"));
     OmOutputTree::Node const models = append(tree, analysis, std::make_unique<OmHeading>(text("Models")));
     append(tree, models, model());
     append(tree, models, answerTree());

@@ -54,8 +54,8 @@ constexpr std::array<std::array<ClassCounts, Classes>, 2> Counts = {
 } // namespace
 
 std::unique_ptr<OmPivotTable> notesTable() {
-    return listTable<3>("Notes", "Notes", {"Data", "Cases used", "Command"},
-                        {"titanic.csv", "All 2,201 people", "CROSSTABS class BY survived BY sex"});
+    return listTable<3>("Notes", "Notes", {"Data", "Counted", "Asked for"},
+                        {"titanic.csv", "All 2,201 people", "Class by survival, for each sex"});
 }
 
 std::unique_ptr<OmPivotTable> warningsTable() {
@@ -63,7 +63,7 @@ std::unique_ptr<OmPivotTable> warningsTable() {
 }
 
 std::unique_ptr<OmPivotTable> survivalTable() {
-    auto table = std::make_unique<OmPivotTable>(text("Survival by class and sex"), text("Crosstabulation"), false);
+    auto table = std::make_unique<OmPivotTable>(text("Survival by class and sex"), text("Cross tabulation"), false);
     table->SetTableTitle(text("Survival by class and sex"));
 
     OmDimension& classes = table->AddDimension(text("Class"));

@@ -23,7 +23,7 @@ void Expect(bool holds, char const* what) {
 OmStringCell Text(std::string text) { return OmStringCell(std::move(text), nullptr, false); }
 
 void CellsComeBack() {
-    OmPivotTable table(Text("Passengers"), Text("Crosstab"), false);
+    OmPivotTable table(Text("Passengers"), Text("Cross tabulation"), false);
     OmDimension& sex = table.AddDimension(Text("Sex"));
     sex.Child(sex.Root(), Text("Male"), 0, false);
     sex.Child(sex.Root(), Text("Female"), 1, false);
@@ -41,7 +41,7 @@ void CellsComeBack() {
 
 // The exception's type information has to be the same on both sides of the library's border.
 void ExceptionsCrossTheBorder() {
-    OmPivotTable table(Text("Passengers"), Text("Crosstab"), false);
+    OmPivotTable table(Text("Passengers"), Text("Cross tabulation"), false);
     std::string what;
     try {
         table.Dimension(7);

@@ -116,7 +116,7 @@ def check_report(browser, view):
     equal(ask("[...document.querySelectorAll('details')].length"), 4, f"{view}: folded blocks")
     expect("<leaf value=\"female\"" in ask("document.querySelectorAll('details')[1].textContent"), f"{view}: tree XML")
     equal(ask("document.querySelectorAll('details')[1].open"), False, f"{view}: folded at first")
-    expect("TREE survived" in ask("document.querySelector('pre').textContent"), f"{view}: log")
+    expect("Survival tree: from class" in ask("document.querySelector('pre').textContent"), f"{view}: log")
     equal(ask("document.querySelector('.page-title').textContent"), "Who survived the Titanic?", f"{view}: page title")
     equal(ask("document.querySelector('img').alt"), "Survivors – by class", f"{view}: chart title from its code page")
     equal(ask("[...document.querySelectorAll('.notes li')].map(l => l.textContent)"),

@@ -121,10 +121,10 @@ TEST(OmOutputPart, TitleIsACloneInTheDefaultHeap) {
 }
 
 TEST(OmOutputPart, TitleOutlivesTheTextItWasMadeFrom) {
-    auto title = std::make_unique<OmStringCell>("Crosstabs");
+    auto title = std::make_unique<OmStringCell>("Cross tabulation");
     Part const part(*title);
     title.reset();
-    EXPECT_EQ(part.Title()->AsString(), "Crosstabs");
+    EXPECT_EQ(part.Title()->AsString(), "Cross tabulation");
 }
 
 TEST(OmOutputPart, TitleIsHandedOutForReadingAndWriting) {

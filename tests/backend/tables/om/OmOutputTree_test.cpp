@@ -225,7 +225,8 @@ TEST(OmOutputTree, EraseDestroysThePartAndLiftsItsChildren) {
 
 TEST(OmOutputTree, EraseOfAProcedureKeepsItsTables) {
     OmOutputTree tree;
-    Node procedure = tree.AppendChild(tree.Root(), new OmProcedure(Text("Crosstabs"), "en", "windows-1252", "en_US"));
+    Node procedure =
+        tree.AppendChild(tree.Root(), new OmProcedure(Text("Cross tabulation"), "en", "windows-1252", "en_US"));
     OmPivotTable* const first = new OmPivotTable(Text("First"), Text("Table"), false);
     OmPivotTable* const second = new OmPivotTable(Text("Second"), Text("Table"), false);
     tree.AppendChild(procedure, first);
@@ -317,14 +318,15 @@ TEST(OmOutputTreeEnd, PruneAndEraseDoNothingWhenTheHandlerReturns) {
 
 TEST(OmOutputTree, IsGrownWalkedAndPruned) {
     OmOutputTree tree;
-    Node procedure = tree.AppendChild(tree.Root(), new OmProcedure(Text("Crosstabs"), "en", "windows-1252", "en_US"));
+    Node procedure =
+        tree.AppendChild(tree.Root(), new OmProcedure(Text("Cross tabulation"), "en", "windows-1252", "en_US"));
     EXPECT_EQ(procedure.Level(), 1);
     Node const table =
-        tree.AppendChild(procedure, new OmPivotTable(Text("Age by sex"), Text("Crosstabulation"), false));
+        tree.AppendChild(procedure, new OmPivotTable(Text("Age by sex"), Text("Cross tabulation"), false));
     EXPECT_EQ(table.Level(), 2);
     tree.AppendChild(tree.Root(), new OmTextBlock(Text("Log"), ""));
     EXPECT_EQ(OutlineOf(tree), "heading Output\n"
-                               " heading Crosstabs\n"
+                               " heading Cross tabulation\n"
                                "  table Age by sex\n"
                                " block Log\n");
     tree.Prune(procedure);

@@ -103,10 +103,10 @@ TEST(OmPivotTable, TitleIsAPartTitleOutsideTheTablesRegion) {
 }
 
 TEST(OmPivotTable, TemplateNameIsAClone) {
-    OmStringCell const name("Crosstab");
+    OmStringCell const name("Cross tabulation");
     OmPivotTable table(Text("title"), name, false);
     EXPECT_NE(table.TemplateName(), &name);
-    EXPECT_EQ(table.TemplateName()->AsString(), "Crosstab");
+    EXPECT_EQ(table.TemplateName()->AsString(), "Cross tabulation");
     EXPECT_EQ(std::as_const(table).TemplateName(), table.TemplateName());
 }
 

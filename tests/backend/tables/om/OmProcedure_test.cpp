@@ -36,9 +36,9 @@ TEST(OmProcedure, AddsNoVirtualOperation) {
 }
 
 TEST(OmProcedure, TakesTheCommandFromTheTitleAndTheThreeStringsInOrder) {
-    OmProcedure const procedure(OmStringCell("CROSSTABS"), "fr", "ibm-850", "fr_CA");
-    EXPECT_EQ(procedure.Title()->AsString(), "CROSSTABS");
-    EXPECT_EQ(procedure.Command(), "CROSSTABS");
+    OmProcedure const procedure(OmStringCell("Cross tabulation"), "fr", "ibm-850", "fr_CA");
+    EXPECT_EQ(procedure.Title()->AsString(), "Cross tabulation");
+    EXPECT_EQ(procedure.Command(), "Cross tabulation");
     EXPECT_EQ(procedure.LanguageCode(), "fr");
     EXPECT_EQ(procedure.LocaleCodePage(), "ibm-850");
     EXPECT_EQ(procedure.LocaleName(), "fr_CA");
@@ -179,12 +179,12 @@ TEST(OmProcedure, AssignmentSharesAndFreesNothing) {
 
 #if OMTREE_HARDENED
 TEST(OmProcedure, OwnTitleIsNoOutlineText) {
-    OmProcedure procedure(OmStringCell("Means"), "en", "1252", "en_US");
+    OmProcedure procedure(OmStringCell("Averages"), "en", "1252", "en_US");
     omtest::AssertionCatcher const caught(omtest::AfterReport::Return);
     procedure.setOutlineText(*procedure.Title());
     ASSERT_EQ(caught.Failures().size(), 1u);
     EXPECT_EQ(caught.Failures()[0].condition, "title != held");
     EXPECT_EQ(caught.Failures()[0].source, "backend/tables/om/OmOutputPart");
-    EXPECT_EQ(procedure.Title()->AsString(), "Means");
+    EXPECT_EQ(procedure.Title()->AsString(), "Averages");
 }
 #endif
