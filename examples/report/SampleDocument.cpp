@@ -110,7 +110,8 @@ std::unique_ptr<OmOutputTree> sampleDocument() {
     append(tree, tabulation, chart());
 
     OmOutputTree::Node const analysis =
-        append(tree, root, std::make_unique<OmProcedure>(text("Survival by class, sex and age"), "en", "UTF-8", "en_US.UTF-8"));
+        append(tree, root,
+               std::make_unique<OmProcedure>(text("Survival by class, sex and age"), "en", "UTF-8", "en_US.UTF-8"));
     OmOutputTree::Node const models = append(tree, analysis, std::make_unique<OmHeading>(text("Models")));
     append(tree, models, model());
     append(tree, models, answerTree());
