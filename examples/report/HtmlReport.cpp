@@ -21,7 +21,7 @@ public:
     void Visit(OmHeading& part) override { _page.heading(_level, titleOf(part)); }
 
     void Visit(OmPageTitle& part) override {
-        for (std::string const& line : linesOf(part)) {
+        for (std::string const& line : _parts.linesOf(part)) {
             _page.paragraph(line, "page-title");
         }
     }
@@ -29,10 +29,10 @@ public:
     void Visit(OmTextBlock& part) override {
         _page.heading(_level, titleOf(part));
         if (part.IsLog()) {
-            _page.lines(linesOf(part), titleOf(part));
+            _page.lines(_parts.linesOf(part), titleOf(part));
             return;
         }
-        for (std::string const& line : linesOf(part)) {
+        for (std::string const& line : _parts.linesOf(part)) {
             _page.paragraph(line);
         }
     }
@@ -43,7 +43,7 @@ public:
     }
 
     void Visit(OmChart& part) override {
-        std::string const title = titleOf(part, part.LocaleCodePage());
+        std::string const title = _parts.titleOf(part, part.LocaleCodePage());
         _page.heading(_level, title);
         if (part.GetImageData().empty()) {
             _page.paragraph("This chart has no image.");
@@ -58,7 +58,7 @@ public:
     }
 
     void Visit(OmInteractive& part) override {
-        _page.heading(_level, titleOf(part, part.LocaleCodePage()));
+        _page.heading(_level, _parts.titleOf(part, part.LocaleCodePage()));
         _page.folded("Interactive item as JSON", part.getInteractiveJSON());
         for (std::size_t i = 0; i < part.getGeoJSONContent().size(); ++i) {
             bool const isNamed = i < part.getGeoJSONFileNames().size();
@@ -74,6 +74,7 @@ public:
 
 private:
     page::HtmlPage& _page;
+    PartText _parts;
     unsigned int _level = 0;
 };
 

@@ -24,14 +24,14 @@ public:
     void Visit(OmHeading& part) override { line(titleOf(part)); }
 
     void Visit(OmPageTitle& part) override {
-        for (std::string const& one : linesOf(part)) {
+        for (std::string const& one : _parts.linesOf(part)) {
             line("[page title] " + one);
         }
     }
 
     void Visit(OmTextBlock& part) override {
         line(std::string(part.IsLog() ? "[log] " : "[text] ") + titleOf(part));
-        for (std::string const& one : linesOf(part)) {
+        for (std::string const& one : _parts.linesOf(part)) {
             line("| " + one);
         }
     }
@@ -45,8 +45,8 @@ public:
     }
 
     void Visit(OmChart& part) override {
-        line("[chart] " + titleOf(part, part.LocaleCodePage()) + ", " + std::to_string(part.GetImageData().size()) +
-             " bytes of image");
+        line("[chart] " + _parts.titleOf(part, part.LocaleCodePage()) + ", " +
+             std::to_string(part.GetImageData().size()) + " bytes of image");
     }
 
     void Visit(OmModel& part) override {
@@ -54,7 +54,7 @@ public:
     }
 
     void Visit(OmInteractive& part) override {
-        line("[interactive] " + titleOf(part, part.LocaleCodePage()));
+        line("[interactive] " + _parts.titleOf(part, part.LocaleCodePage()));
         for (std::string const& name : part.getGeoJSONFileNames()) {
             line("| attached: " + name);
         }
@@ -81,6 +81,7 @@ private:
         _text += text + "\n";
     }
 
+    PartText _parts;
     std::string _text;
     int _level = 0;
 };

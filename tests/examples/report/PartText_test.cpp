@@ -15,7 +15,7 @@ using testing::Not;
 
 std::string titleOfAChart(std::string const& title, std::string const& codePage) {
     OmChart const chart(OmStringCell(title), codePage, 1);
-    return report::titleOf(chart, chart.LocaleCodePage());
+    return report::PartText().titleOf(chart, chart.LocaleCodePage());
 }
 
 TEST(PartText, ConvertedTitlesAreReadFromTheirCodePage) {
@@ -35,7 +35,7 @@ TEST(PartText, ATitleThatItsCodePageCannotHoldIsReadAsItIs) {
 TEST(PartText, LinesAreReadFromTheBlocksCodePage) {
     OmTextBlock block(OmStringCell("t"), "windows-1252");
     block.TextList() = {"a \x97 b", "\x81"};
-    EXPECT_EQ(report::linesOf(block), (std::list<std::string>{"a — b", "\x81"}));
+    EXPECT_EQ(report::PartText().linesOf(block), (std::list<std::string>{"a — b", "\x81"}));
 }
 
 // --- pages of documents that lack something --------------------------------------------------------------------------
