@@ -155,7 +155,9 @@ Options parseOptions(int count, char const* const* words) {
     app.add_option("--footnote", options.footnotes, "Note on the title, shown below the table; repeatable")
         ->type_name("TEXT")
         ->allow_extra_args(false);
-    app.add_option("--html", options.htmlFile, "Write one self-contained HTML page to FILE instead")->type_name("FILE");
+    CLI::Option const* const htmlOption =
+        app.add_option("--html", options.htmlFile, "Write one self-contained HTML page to FILE instead")
+            ->type_name("FILE");
 
     try {
         app.parse(count, words);
@@ -176,6 +178,12 @@ Options parseOptions(int count, char const* const* words) {
     }
     if (*layerOption) {
         options.layers = namesOf("--layers", layers);
+    }
+    if (options.file.empty()) {
+        throw Failure("FILE: the name is empty");
+    }
+    if (*htmlOption && options.htmlFile.empty()) {
+        throw Failure("--html: the name is empty");
     }
     options.sums = static_cast<bool>(*sumOption);
     for (std::string const& group : groups) {

@@ -26,12 +26,16 @@ void run(int argc, char** argv) {
     CLI::App app("Builds an output document with every kind of item and shows it as an outline or as an HTML page.",
                  "omtree-report");
     std::string file;
-    app.add_option("--html", file, "write one self-contained HTML page to FILE instead")->type_name("FILE");
+    CLI::Option const* const htmlOption =
+        app.add_option("--html", file, "write one self-contained HTML page to FILE instead")->type_name("FILE");
     try {
         app.parse(argc, argv);
     } catch (CLI::CallForHelp const&) {
         page::writeStandardOutput(app.help());
         return;
+    }
+    if (*htmlOption && file.empty()) {
+        throw crosstab::Failure("--html: the name is empty");
     }
     auto const document = report::sampleDocument();
     if (file.empty()) {

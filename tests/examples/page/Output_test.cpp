@@ -66,6 +66,50 @@ TEST(Output, ALinkStaysAndItsFileIsReplaced) {
 }
 
 // A file in its place would leave its reader waiting, and for a device do worse.
+// Whose file it is cannot be known: it may be another process's, or lead anywhere.
+TEST(Output, ATemporaryFileTakesNoNameThatIsThere) {
+    Folder const folder;
+    std::string const first = ".omtree-" + std::to_string(getpid()) + "-0";
+    std::string const second = ".omtree-" + std::to_string(getpid()) + "-1";
+    page::writeFile(folder.at(first.c_str()), "mine");
+    page::writeFile(folder.at("other"), "mine");
+    fs::create_symlink("other", folder.at(second.c_str()));
+    page::writeFile(folder.at("page"), "text");
+    EXPECT_EQ(contentOf(folder.at("page")), "text");
+    EXPECT_EQ(contentOf(folder.at(first.c_str())), "mine");
+    EXPECT_TRUE(fs::is_symlink(folder.at(second.c_str())));
+    EXPECT_EQ(contentOf(folder.at("other")), "mine");
+    EXPECT_EQ(folder.size(), 4U);
+}
+
+TEST(Output, HardLinksAndTheirModeStay) {
+    Folder const folder;
+    for (std::string const old : {"old", "old, and longer"}) {
+        fs::remove(folder.at("other"));
+        page::writeFile(folder.at("file"), old);
+        fs::permissions(folder.at("file"), fs::perms::owner_read | fs::perms::owner_write);
+        fs::create_hard_link(folder.at("file"), folder.at("other"));
+        page::writeFile(folder.at("file"), "text");
+        EXPECT_EQ(contentOf(folder.at("other")), "text");
+        EXPECT_EQ(fs::hard_link_count(folder.at("file")), 2U);
+        EXPECT_EQ(fs::status(folder.at("file")).permissions(), fs::perms::owner_read | fs::perms::owner_write);
+        EXPECT_EQ(folder.size(), 2U);
+    }
+}
+
+TEST(Output, AnEmptyTextEmptiesTheFile) {
+    Folder const folder;
+    page::writeFile(folder.at("file"), "first");
+    page::writeFile(folder.at("file"), "");
+    EXPECT_EQ(contentOf(folder.at("file")), "");
+    fs::create_hard_link(folder.at("file"), folder.at("other"));
+    page::writeFile(folder.at("file"), "second");
+    page::writeFile(folder.at("file"), "");
+    EXPECT_EQ(contentOf(folder.at("other")), "");
+}
+
+TEST(Output, AnEmptyNameIsAFailure) { EXPECT_THROW(page::writeFile("", "text"), crosstab::Failure); }
+
 TEST(Output, APipeIsWrittenItself) {
     Folder const folder;
     ASSERT_EQ(mkfifo(folder.at("pipe").c_str(), 0600), 0);
