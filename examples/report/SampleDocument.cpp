@@ -24,7 +24,7 @@ OmOutputTree::Node append(OmOutputTree& tree, OmOutputTree::Node const& parent, 
 std::unique_ptr<OmTextBlock> logBlock() {
     auto log = std::make_unique<OmTextBlock>(text("Log"), "UTF-8");
     log->TextList() = {"Read titanic.csv", "Cross tabulation: class by survival, a layer for each sex",
-                       "  counts, and percentages of the class", "Survival tree: from class, sex and age"};
+                       "  counts, and shares of the class", "Survival tree: from class, sex and age"};
     return log;
 }
 

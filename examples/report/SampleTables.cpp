@@ -76,19 +76,19 @@ std::unique_ptr<OmPivotTable> survivalTable() {
     }
     classes.Child(classes.Root(), text("Crew"), Classes - 1, false);
     addDimension(*table, "Survived", std::array<char const*, 2>{"No", "Yes"});
-    addDimension(*table, "Statistics", std::array<char const*, 2>{"Count", "% of class"});
+    addDimension(*table, "Statistics", std::array<char const*, 2>{"Count", "Share"});
     addDimension(*table, "Sex", std::array<char const*, 3>{"Male", "Female", "Not recorded"});
     // Headings read an axis back to front: Survived stands above Statistics.
     table->Rows().push_back(0);
     table->Columns() = {2, 1};
     table->Layers().push_back(3);
 
-    OmFootnote percentages(text("Percentages of the people of that class and sex."));
+    OmFootnote shares(text("Percentages of the people of that class and sex."));
     OmFootnote few(text("Fewer than 30 people."));
-    short const onPercentages = static_cast<short>(table->Footnote(percentages, false));
+    short const onShares = static_cast<short>(table->Footnote(shares, false));
     short const onFew = static_cast<short>(table->Footnote(few, false));
     OmCellMetaData marked;
-    marked.footnotes = {onPercentages};
+    marked.footnotes = {onShares};
     table->Dimension(2).Root().Child(1).Value().Text()->setMeta(&marked);
 
     OmNumber::Format percent;
