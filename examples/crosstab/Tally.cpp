@@ -11,11 +11,21 @@ namespace crosstab {
 
 namespace {
 
+/// A header in another encoding has names that cannot be asked for, however they look elsewhere.
+void failOnIllFormedName(CsvReader const& reader) {
+    for (std::string const& name : reader.header()) {
+        if (!isUtf8(name)) {
+            reader.fail(reader.headerLine(), "column " + inQuotes(name) + ": the name is not UTF-8");
+        }
+    }
+}
+
 /// The one field of the header with this name.
 std::size_t fieldNamed(std::string const& name, std::string const& option, CsvReader const& reader) {
     std::vector<std::string> const& header = reader.header();
     auto const found = std::find(header.begin(), header.end(), name);
     if (found == header.end()) {
+        failOnIllFormedName(reader);
         reader.fail(reader.headerLine(), "no column is named " + inQuotes(name) + ", as " + option + " asks for");
     }
     if (std::find(found + 1, header.end(), name) != header.end()) {
