@@ -97,15 +97,6 @@ Group groupOf(std::string_view text) {
     return group;
 }
 
-/// The parser's own message counts words and leaves the user to guess.
-void failOnRepetition(CLI::App const& app) {
-    for (CLI::Option const* const option : app.get_options()) {
-        if (option->get_items_expected_max() == 1 && option->count() > 1) {
-            throw Failure(option->get_name() + " is given more than once");
-        }
-    }
-}
-
 constexpr char const* Description =
     "Cross tabulates a CSV file: counts its lines, or sums one of its columns, for every combination of the values\n"
     "of other columns, and prints one table for each layer.\n";
@@ -113,7 +104,7 @@ constexpr char const* Description =
 constexpr char const* Footer =
     "Categories stand in the order in which they first appear in the file; a group stands where its first member\n"
     "would. Names and values that hold a comma (in --group also '=' or ':') are written between double quotes, as in\n"
-    "a CSV file: --rows '\"Town, county\",Year'.\n\n"
+    "a CSV file: --rows '\"Town, county\",Year'. The word behind an option is its value, whatever it looks like.\n\n"
     "Exit status: 0, or 2 with one line on standard error, nothing on standard output and no page written.\n";
 
 } // namespace
@@ -159,17 +150,7 @@ Options parseOptions(int count, char const* const* words) {
         app.add_option("--html", options.htmlFile, "Write one self-contained HTML page to FILE instead")
             ->type_name("FILE");
 
-    try {
-        app.parse(count, words);
-    } catch (CLI::CallForHelp const&) {
-        throw HelpAsked{app.help()};
-    } catch (CLI::ArgumentMismatch const& error) {
-        failOnRepetition(app);
-        throw Failure(printable(error.what()));
-    } catch (CLI::ParseError const& error) {
-        throw Failure(printable(error.what()));
-    }
-
+    parseWords(app, count, words);
     if (*rowOption) {
         options.rows = namesOf("--rows", rows);
     }

@@ -1,6 +1,8 @@
 #ifndef OMTREE_EXAMPLES_CROSSTAB_OPTIONS_H
 #define OMTREE_EXAMPLES_CROSSTAB_OPTIONS_H
 
+#include "examples/crosstab/CommandLine.h"
+
 #include <string>
 #include <vector>
 
@@ -29,11 +31,6 @@ struct Options {
     std::string corner;
     std::vector<std::string> footnotes;
     std::string htmlFile; ///< where an HTML page goes; empty: a table for the terminal
-};
-
-/// The command line asks for help and nothing else.
-struct HelpAsked {
-    std::string text;
 };
 
 /// Reads the command line. Throws HelpAsked, or Failure when it makes no sense.

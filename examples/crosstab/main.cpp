@@ -1,7 +1,7 @@
 /// omtree-crosstab: cross tabulates a CSV file. See `omtree-crosstab --help`.
 
+#include "examples/crosstab/CommandLine.h"
 #include "examples/crosstab/CsvReader.h"
-#include "examples/crosstab/Failure.h"
 #include "examples/crosstab/InputFile.h"
 #include "examples/crosstab/Layout.h"
 #include "examples/crosstab/Options.h"
@@ -12,17 +12,12 @@
 #include "examples/page/Output.h"
 #include "omtree.h"
 
-#include <cstdio>
-#include <exception>
 #include <memory>
-#include <new>
 #include <string>
 
 namespace {
 
 using namespace crosstab;
-
-constexpr int ExitFailure = 2;
 
 LaidOutTable tableOf(Options const& options) {
     InputFile file(options.file);
@@ -59,22 +54,8 @@ void run(int count, char const* const* words) {
     }
 }
 
-int fail(char const* text) {
-    std::fprintf(stderr, "omtree-crosstab: %s\n", text);
-    return ExitFailure;
-}
-
 } // namespace
 
 int main(int argc, char** argv) {
-    try {
-        run(argc, argv);
-        return 0;
-    } catch (Failure const& failure) {
-        return fail(failure.what());
-    } catch (std::bad_alloc const&) {
-        return fail("out of memory");
-    } catch (std::exception const& error) {
-        return fail(error.what());
-    }
+    return runProgram("omtree-crosstab", [argc, argv] { run(argc, argv); });
 }

@@ -1,5 +1,6 @@
 /// omtree-report: builds one whole output document with every kind of item and shows it.
 
+#include "examples/crosstab/CommandLine.h"
 #include "examples/crosstab/Failure.h"
 #include "examples/page/Output.h"
 #include "examples/report/SampleDocument.h"
@@ -8,18 +9,9 @@
 
 #include <CLI/CLI.hpp>
 
-#include <cstdio>
-#include <exception>
 #include <string>
 
 namespace {
-
-constexpr int ExitFailure = 2;
-
-int fail(char const* text) {
-    std::fprintf(stderr, "omtree-report: %s\n", text);
-    return ExitFailure;
-}
 
 /// The whole program, but for what goes wrong.
 void run(int argc, char** argv) {
@@ -28,12 +20,7 @@ void run(int argc, char** argv) {
     std::string file;
     CLI::Option const* const htmlOption =
         app.add_option("--html", file, "write one self-contained HTML page to FILE instead")->type_name("FILE");
-    try {
-        app.parse(argc, argv);
-    } catch (CLI::CallForHelp const&) {
-        page::writeStandardOutput(app.help());
-        return;
-    }
+    crosstab::parseWords(app, argc, argv);
     if (*htmlOption && file.empty()) {
         throw crosstab::Failure("--html: the name is empty");
     }
@@ -48,10 +35,11 @@ void run(int argc, char** argv) {
 } // namespace
 
 int main(int argc, char** argv) {
-    try {
-        run(argc, argv);
-        return 0;
-    } catch (std::exception const& error) {
-        return fail(error.what());
-    }
+    return crosstab::runProgram("omtree-report", [argc, argv] {
+        try {
+            run(argc, argv);
+        } catch (crosstab::HelpAsked const& help) {
+            page::writeStandardOutput(help.text);
+        }
+    });
 }

@@ -102,6 +102,13 @@ CASES = [
     ("value in two groups", GOOD, ["bad.csv", "--rows=Sex", "--group=Sex=G:Male", "--group=Sex=H:Male"],
      '--group: value "Male" of column "Sex" is named twice'),
     # --- command line
+    ("empty file name", GOOD, ["", "--rows=Sex"], "FILE: the name is empty"),
+    ("empty page name", GOOD, ["bad.csv", "--rows=Sex", "--html", ""], "--html: the name is empty"),
+    ("page name twice", GOOD, ["bad.csv", "--rows=Sex", "--html=a", "--html=b"], "--html is given more than once"),
+    ("control characters in an option", GOOD, ["bad.csv", "--rows=Sex", "--\x1b[31m\udcff"],
+     "The following argument was not expected: --␛[31m\ufffd"),
+    ("value like an option", GOOD, ["bad.csv", "--rows", "--columns"],
+     'bad.csv:1: no column is named "--columns", as --rows asks for'),
     ("no file", GOOD, ["--rows=Sex"], "FILE is required"),
     ("no axis", GOOD, ["bad.csv"], "name columns of the file in --rows, --columns or --layers"),
     ("unknown option", GOOD, ["bad.csv", "--rows=Sex", "--colums=Class"],
