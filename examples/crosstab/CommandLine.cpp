@@ -5,6 +5,7 @@
 
 #include <CLI/CLI.hpp>
 
+#include <csignal>
 #include <cstdio>
 #include <exception>
 #include <new>
@@ -45,6 +46,8 @@ void parseWords(CLI::App& app, int count, char const* const* words) {
 }
 
 int runProgram(char const* name, std::function<void()> const& run) {
+    std::signal(SIGPIPE, SIG_IGN);
+    std::signal(SIGXFSZ, SIG_IGN);
     try {
         run();
         return 0;

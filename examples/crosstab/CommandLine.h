@@ -19,6 +19,8 @@ struct HelpAsked {
 void parseWords(CLI::App& app, int count, char const* const* words);
 
 /// Runs a program and returns its exit status: 0, or 2 after one line on standard error that begins with its name.
+/// From here on the process ignores the signals of a reader that went away and of a file that grows past its limit:
+/// writing fails instead.
 int runProgram(char const* name, std::function<void()> const& run);
 
 } // namespace crosstab

@@ -12,7 +12,6 @@
 #include <algorithm>
 #include <cerrno>
 #include <charconv>
-#include <csignal>
 #include <cstdio>
 #include <filesystem>
 #include <string_view>
@@ -36,12 +35,6 @@ using Outcome = int;
 
 [[noreturn]] void fail(std::string const& where, Outcome error) {
     throw crosstab::Failure(crosstab::printable(where) + ": " + std::generic_category().message(error));
-}
-
-/// Failures are to be reported, not to end the process: a reader that went away, a file that grows past its limit.
-void ignoreSignals() {
-    std::signal(SIGPIPE, SIG_IGN);
-    std::signal(SIGXFSZ, SIG_IGN);
 }
 
 /// An open file, or the reason why it is not open.
@@ -291,7 +284,6 @@ Outcome write(std::string const& name, std::string_view text) {
 } // namespace
 
 void writeStandardOutput(std::string const& text) {
-    ignoreSignals();
     if (Outcome const error = writeAll(STDOUT_FILENO, text); error != 0) {
         fail("standard output", error);
     }
@@ -301,7 +293,6 @@ void writeFile(std::string const& name, std::string const& text) {
     if (name.empty()) {
         throw crosstab::Failure("the name of the file to be written is empty");
     }
-    ignoreSignals();
     if (Outcome const error = write(name, text); error != 0) {
         fail(name, error);
     }

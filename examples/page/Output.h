@@ -5,8 +5,8 @@
 
 namespace page {
 
-/// Writes the whole text to standard output. Throws crosstab::Failure ("standard output: ...") when that fails; a
-/// reader that went away is such a failure, not a signal.
+/// Writes the whole text to standard output. Throws crosstab::Failure ("standard output: ...") when that fails. A
+/// reader that went away is such a failure where its signal is ignored, as `crosstab::runProgram` sees to.
 void writeStandardOutput(std::string const& text);
 
 /// Writes the whole text to a file. Throws crosstab::Failure ("NAME: ..."), also for an empty name.

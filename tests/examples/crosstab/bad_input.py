@@ -166,6 +166,15 @@ def check_outputs(tool, data):
         yield f"closed pipe, {name}", problem_with(run, "standard output: Broken pipe")
 
 
+def check_messages(tool):
+    """Where nobody reads the message, the status still tells."""
+    read_end, write_end = os.pipe()
+    os.close(read_end)
+    run = subprocess.run([tool, "no file", "--rows=Sex"], stdout=subprocess.PIPE, stderr=write_end)
+    os.close(write_end)
+    yield "message that nobody reads", None if run.returncode == 2 and not run.stdout else f"status {run.returncode}"
+
+
 def check_help(tool):
     run = subprocess.run([tool, "--help"], capture_output=True)
     text = run.stdout.decode()
@@ -180,7 +189,8 @@ def check_help(tool):
 def main():
     tool, root = os.path.abspath(sys.argv[1]), os.path.abspath(sys.argv[2])
     failed = count = 0
-    results = [check_inputs(tool), check_outputs(tool, f"{root}/examples/data/{TITANIC}"), check_help(tool)]
+    results = [check_inputs(tool), check_outputs(tool, f"{root}/examples/data/{TITANIC}"), check_messages(tool),
+               check_help(tool)]
     for name, problem in (result for group in results for result in group):
         count += 1
         if problem is not None:
