@@ -128,7 +128,7 @@ public:
 
     Outcome error() const { return _file.error(); }
 
-    /// Takes over who may do what with a file. EPERM when that cannot be.
+    /// Takes over who may do what with a file. EPERM when that cannot be, as with another owner's file.
     Outcome takeOver(struct stat const& other) {
         struct stat own {};
         if (::fstat(_file.descriptor(), &own) != 0) {
@@ -247,9 +247,10 @@ Outcome rewrite(fs::path const& path, struct stat const& there, std::string_view
     if (::faccessat(AT_FDCWD, path.c_str(), W_OK, AT_EACCESS) != 0) {
         return errno;
     }
-    if (there.st_nlink == 1 && there.st_uid == ::geteuid() && !isOfAProcess(path) && !hasAttributes(path)) {
+    if (there.st_nlink == 1 && !isOfAProcess(path) && !hasAttributes(path)) {
         Outcome const error = writeBeside(path, &there, text);
-        // The folder takes no file, or this name cannot get another one (something is mounted there).
+        // The file is another owner's, the folder takes no file, or this name cannot get another one (something is
+        // mounted there).
         bool const isRefused = error == EACCES || error == EPERM || error == EBUSY || error == EXDEV;
         if (!isRefused) {
             return error;

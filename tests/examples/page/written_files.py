@@ -17,6 +17,7 @@ import tempfile
 from pathlib import Path
 
 LONGEST_NAME = 255
+OTHER_USER = 12345
 DIRECTORY = "Is a directory"
 FULL = "No space left on device"
 failures = 0
@@ -119,7 +120,7 @@ def check_modes(program, folder):
 def check_owner(program, folder):
     if os.geteuid() != 0:
         return
-    for owner, group in ((12345, 0), (0, 12345), (12345, 12345)):
+    for owner, group in ((OTHER_USER, 0), (0, OTHER_USER), (OTHER_USER, OTHER_USER)):
         path = Path(folder, f"owned-{owner}-{group}")
         path.write_text("old, and longer than the new page is" * 10000)
         os.chown(path, owner, group)
@@ -264,13 +265,15 @@ def check_output_that_does_not_wait(program, folder):
 def check_protection(program, folder):
     """Needs a user who is not let through everywhere."""
     denied = "Permission denied"
+    how = {"user": OTHER_USER} if os.geteuid() == 0 else {}
     os.chmod(folder, 0o777)
     os.mkdir(f"{folder}/closed")
     for name, mode in (("closed/open", 0o666), ("closed/shut", 0o444), ("shut", 0o444)):
         Path(folder, name).write_text("old, and longer than the new page is" * 10000)
         os.chmod(f"{folder}/{name}", mode)
+        if how:
+            os.chown(f"{folder}/{name}", OTHER_USER, -1)
     os.chmod(f"{folder}/closed", 0o555)
-    how = {"user": 12345} if os.geteuid() == 0 else {}
     try:
         subprocess.run([program.words[0], "--help"], cwd=folder, capture_output=True, check=True, **how)
     except (OSError, subprocess.CalledProcessError):
