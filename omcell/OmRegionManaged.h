@@ -11,7 +11,8 @@
 /// Such an object is made with one of
 ///
 ///     new (region) Kind(...)     in a region; a null region means the default heap
-///     new Kind(...)              in the default heap
+///     new Kind(...)              in the default heap; `new (nullptr) Kind(...)` is the same
+///     new (place) Kind(...)      at a place of the caller's (a `void*`), which is not deleted
 ///
 /// and destroyed through its virtual destructor, whose deleting form hands the storage back with
 /// `OmMemoryRegion::Release`; the global delete never sees it. Objects on the stack or inside other objects are fine
@@ -24,9 +25,12 @@ public:
     static void* operator new(std::size_t bytes, OmMemoryRegion* region) {
         return OmMemoryRegion::OrDefault(region)->Allocate(bytes);
     }
+    /// For a null region spelt `nullptr`, which would name a place just as well.
+    static void* operator new(std::size_t bytes, std::nullptr_t) { return operator new(bytes); }
     static void* operator new(std::size_t, void* place) noexcept { return place; }
     static void operator delete(void* block) { OmMemoryRegion::Release(block); }
     static void operator delete(void* block, OmMemoryRegion*) { OmMemoryRegion::Release(block); }
+    static void operator delete(void* block, std::nullptr_t) { OmMemoryRegion::Release(block); }
     static void operator delete(void*, void*) noexcept {}
 
 protected:
