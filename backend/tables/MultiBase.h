@@ -4,6 +4,8 @@
 #include "backend/tables/Export.h"
 
 #include <cstdint>
+#include <initializer_list>
+#include <iterator>
 #include <vector>
 
 /// Mixed-radix index: turns a position along an axis into one digit for each of its dimensions, and back.
@@ -21,8 +23,11 @@ public:
     /// No bases: one position.
     MultiBase() = default;
 
+    /// These bases, outermost first.
+    MultiBase(std::initializer_list<std::uint32_t> bases) : _bases(bases) {}
+
     /// Copies a range of unsigned 32-bit bases, outermost first.
-    template <typename Input>
+    template <typename Input, typename = typename std::iterator_traits<Input>::iterator_category>
     MultiBase(Input first, Input last) : _bases(first, last) {}
 
     /// Product of all bases; 1 without bases. O(bases).

@@ -14,12 +14,24 @@
 ///  - `operator[]` on a modifiable vector grows to the position, filling the gap (the position included) with the fill
 ///    value. The largest position is `max_size() - 1`.
 ///  - `operator[]` on a const vector gives the fill value for a position past the end. Nothing grows.
-///  - Everything else is the interface of a standard sequence container over a contiguous block, `at` included, which
-///    never grows; `resize` without a value fills with the fill value too.
+///  - Everything else but construction is the interface of a standard sequence container over a contiguous block, `at`
+///    included, which never grows; `resize` without a value fills with the fill value too. Values and ranges that are
+///    handed in may be the vector's own.
+///
+/// Construction names the fill value, in round brackets:
+///
+///     PuppetVector<short> axis(-1);            empty
+///     PuppetVector<short> axis({4, 2}, -1);    two elements
+///     PuppetVector<short> axis(3, 4, -1);      three elements, each 4
+///     axis = {4, 2, 3};                        three elements; the fill value stays
+///
+/// A list of elements in braces and nothing else does not compile: it says nothing of the fill value, and {4, 2, 3}
+/// could be three elements or four of 2.
 ///
 /// A copy takes the fill value along, so does an assignment from another PuppetVector; assignment from a list of
-/// elements keeps it. Comparison looks at the elements alone. Iterators and references are invalidated as those of
-/// std::vector are; a growing `operator[]` counts as an insertion at the end.
+/// elements keeps it. A vector that was moved from is empty and keeps its fill value. Comparison looks at the elements
+/// alone. Iterators and references are invalidated as those of std::vector are; a growing `operator[]` counts as an
+/// insertion at the end.
 ///
 /// The axes of a pivot table are PuppetVector<short> with fill value -1.
 template <typename T>
@@ -46,11 +58,31 @@ public:
 
     /// Empty, with the value that fills gaps (T's default value when none is given).
     explicit PuppetVector(T fill = T()) : _fill(std::move(fill)) {}
+    /// Chosen for every list in braces whose entries could be elements.
+    PuppetVector(std::initializer_list<T> elements) = delete;
     PuppetVector(std::initializer_list<T> elements, T fill) : _elements(elements), _fill(std::move(fill)) {}
     PuppetVector(size_type count, T const& value, T fill) : _elements(count, value), _fill(std::move(fill)) {}
     template <typename Input, typename = IfIterator<Input>>
     PuppetVector(Input first, Input last, T fill) : _elements(first, last), _fill(std::move(fill)) {}
 
+    PuppetVector(PuppetVector const&) = default;
+    PuppetVector(PuppetVector&& other) noexcept(std::is_nothrow_copy_constructible_v<T>)
+        : _elements(), _fill(other._fill) {
+        _elements.swap(other._elements);
+    }
+    ~PuppetVector() = default;
+
+    /// Nothing has changed when a copy throws.
+    PuppetVector& operator=(PuppetVector const& other) {
+        PuppetVector(other).swap(*this);
+        return *this;
+    }
+    PuppetVector& operator=(PuppetVector&& other) noexcept(std::is_nothrow_copy_constructible_v<T>) {
+        if (this != &other) {
+            PuppetVector(std::move(other)).swap(*this);
+        }
+        return *this;
+    }
     PuppetVector& operator=(std::initializer_list<T> elements) {
         _elements = elements;
         return *this;
@@ -111,7 +143,7 @@ public:
     void assign(std::initializer_list<T> elements) { _elements.assign(elements); }
     template <typename Input, typename = IfIterator<Input>>
     void assign(Input first, Input last) {
-        _elements.assign(first, last);
+        Sequence(first, last).swap(_elements);
     }
 
     void push_back(T const& value) { _elements.push_back(value); }
@@ -132,7 +164,8 @@ public:
     }
     template <typename Input, typename = IfIterator<Input>>
     iterator insert(const_iterator place, Input first, Input last) {
-        return _elements.insert(place, first, last);
+        Sequence apart(first, last);
+        return _elements.insert(place, std::make_move_iterator(apart.begin()), std::make_move_iterator(apart.end()));
     }
     template <typename... Arguments>
     iterator emplace(const_iterator place, Arguments&&... arguments) {
