@@ -82,9 +82,16 @@ void OmMessage::Fill(std::size_t slot, OmCellText const& text) {
     held = clone.release();
 }
 
-OmCellText const* OmMessage::Filler(std::size_t slot) const {
+std::size_t OmMessage::FilledPosition(std::size_t slot) const {
     std::size_t const position = PositionOf(slot);
-    return position < _slots.size() && _slots[position].number == slot ? _slots[position].text : nullptr;
+    bool const isFilled =
+        position < _slots.size() && _slots[position].number == slot && _slots[position].text != nullptr;
+    return isFilled ? position : _slots.size();
+}
+
+OmCellText const* OmMessage::Filler(std::size_t slot) const {
+    std::size_t const position = FilledPosition(slot);
+    return position < _slots.size() ? _slots[position].text : nullptr;
 }
 
 OmPartedText* OmMessage::Shell(OmMemoryRegion* region) const { return new (region) OmMessage(*this, region); }
@@ -109,6 +116,15 @@ void OmMessage::Expand(Form form, Pieces& pieces) const {
         _tracker->ToU8(_pattern.String(), converted)) {
         rest = pieces.Keep(std::move(converted));
     }
+    constexpr std::size_t NotYet = static_cast<std::size_t>(-1);
+    std::vector<std::size_t> shown(_slots.size(), NotYet);
+    auto const show = [&](std::size_t position) {
+        if (shown[position] == NotYet) {
+            shown[position] = pieces.AddFirst(*_slots[position].text);
+        } else {
+            pieces.AddAgain(shown[position]);
+        }
+    };
     while (!rest.empty()) {
         std::size_t const plain = std::min(rest.find_first_of("{}"), rest.size());
         if (plain > 0) {
@@ -118,9 +134,9 @@ void OmMessage::Expand(Form form, Pieces& pieces) const {
         }
         std::size_t length = IsDoubledBrace(rest) ? 2 : 1;
         std::optional<SlotMark> const mark = SlotAt(rest);
-        OmCellText const* const filler = mark ? Filler(mark->number) : nullptr;
-        if (filler != nullptr) {
-            pieces.Add(*filler);
+        std::size_t const position = mark ? FilledPosition(mark->number) : _slots.size();
+        if (position < _slots.size()) {
+            show(position);
             length = mark->length;
         } else {
             pieces.Add(rest.substr(0, 1));

@@ -30,6 +30,11 @@
 /// not Unicode converts the pattern from the tracker's code page, as a string cell does with its bytes; otherwise
 /// patterns are UTF-8.
 ///
+/// Cost. A text that fills a slot is put together once for each string that is asked for, however often the slot occurs
+/// in the pattern; where it occurs again its bytes are copied. So the string forms cost O(bytes of the patterns and
+/// parts) plus O(bytes of the result). The result may still be long: of messages inside each other that show their slot
+/// twice, each doubles it.
+///
 /// Two messages are compared by pattern, by English pattern, and then by their filled slots in the order of the
 /// numbers.
 class OMCELL_API OmMessage final : public OmPartedText {
@@ -74,7 +79,10 @@ private:
     std::size_t OwnLength() const override;
     short CompareOwn(OmPartedText const& sameKind) const override;
 
+    /// Where the slot stands, or would.
     std::size_t PositionOf(std::size_t slot) const;
+    /// Where the slot stands when it is filled, else the number of slots.
+    std::size_t FilledPosition(std::size_t slot) const;
 
     om_detail::RegionBytes _pattern;
     om_detail::RegionBytes _english;

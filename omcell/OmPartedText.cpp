@@ -72,9 +72,24 @@ std::string OmPartedText::PutTogether(Form form) const {
     pieces.Add(*this);
     while (!pieces._pieces.empty()) {
         Pieces::Piece const piece = TakeLast(pieces._pieces);
-        if (piece.text == nullptr) {
+        switch (piece.kind) {
+        case Pieces::Piece::Bytes:
             result += piece.bytes;
-        } else if (OmPartedText const* const parted = AsParted(piece.text)) {
+            continue;
+        case Pieces::Piece::Again:
+            result.append(result, pieces._runs[piece.shown].first, pieces._runs[piece.shown].length);
+            continue;
+        case Pieces::Piece::End:
+            pieces._runs[piece.shown].length = result.size() - pieces._runs[piece.shown].first;
+            continue;
+        case Pieces::Piece::First:
+            pieces._runs[piece.shown].first = result.size();
+            pieces._pieces.push_back({Pieces::Piece::End, nullptr, {}, piece.shown});
+            break;
+        case Pieces::Piece::Part:
+            break;
+        }
+        if (OmPartedText const* const parted = AsParted(piece.text)) {
             std::size_t const from = pieces._pieces.size();
             parted->Expand(form, pieces);
             TurnRound(pieces._pieces, from);
@@ -83,6 +98,12 @@ std::string OmPartedText::PutTogether(Form form) const {
         }
     }
     return result;
+}
+
+std::size_t OmPartedText::Pieces::AddFirst(OmCellText const& text) {
+    _runs.push_back({0, 0});
+    _pieces.push_back({Piece::First, &text, {}, _runs.size() - 1});
+    return _runs.size() - 1;
 }
 
 std::size_t OmPartedText::TextLength() const {

@@ -18,6 +18,9 @@
 /// the string forms, length, order, cloning, handing on a tracker, and destruction. Parts of other kinds are asked
 /// through their virtual operations.
 ///
+/// Cost. A string form costs O(parts, with theirs and so on, and their own bytes) plus O(bytes of the result): a part
+/// is put together once, also where a message shows it several times. Everything else costs O(parts).
+///
 /// Null parts (a label that was not given) are allowed everywhere and stand for nothing.
 ///
 /// The kinds are final: a program's own kind derives from OmCellText.
@@ -62,20 +65,39 @@ protected:
     class Pieces {
     public:
         /// A part, shown in the form that was asked for. It must not be null and is borrowed.
-        void Add(OmCellText const& text) { _pieces.push_back({&text, {}}); }
+        void Add(OmCellText const& text) { _pieces.push_back({Piece::Part, &text, {}, 0}); }
         /// Bytes, which stay where they are until the text was put together.
-        void Add(std::string_view bytes) { _pieces.push_back({nullptr, bytes}); }
+        void Add(std::string_view bytes) { _pieces.push_back({Piece::Bytes, nullptr, bytes, 0}); }
         /// Keeps bytes until the text was put together, so that parts of them can be added.
         std::string_view Keep(std::string bytes) { return _kept.emplace_back(std::move(bytes)); }
+        /// A part that the same text may show again. Gives what `AddAgain` takes.
+        std::size_t AddFirst(OmCellText const& text);
+        /// What `AddFirst` showed, once more, without asking the part again.
+        void AddAgain(std::size_t shown) { _pieces.push_back({Piece::Again, nullptr, {}, shown}); }
 
     private:
         friend class OmPartedText;
         struct Piece {
+            enum Kind : unsigned char {
+                Part,
+                Bytes,
+                First, ///< a part whose run of the result is kept
+                End,   ///< of that run
+                Again
+            };
+            Kind kind;
             OmCellText const* text;
             std::string_view bytes;
+            std::size_t shown;
+        };
+        /// Where the result holds what a part showed.
+        struct Run {
+            std::size_t first;
+            std::size_t length;
         };
         std::vector<Piece> _pieces;
         std::deque<std::string> _kept;
+        std::vector<Run> _runs;
     };
 
     /// Destroys parts: others at once, parted texts after the one that gave them up. Takes no memory.
