@@ -26,6 +26,9 @@
 /// The kinds are final: a program's own kind derives from OmCellText.
 class OMCELL_API OmPartedText : public OmCellText {
 public:
+    /// Copies are made by `Clone`, so that each has parts of its own.
+    OmPartedText(OmPartedText const&) = delete;
+    OmPartedText& operator=(OmPartedText const&) = delete;
     ~OmPartedText() override;
 
     /// The parts' `AsString` texts, put together as the kind says.

@@ -1,4 +1,5 @@
 // Defects of cell texts: cost, native stack, and parts that call back.
+#include "omcell/OmBlank.h"
 #include "omcell/OmComposite.h"
 #include "omcell/OmMessage.h"
 #include "omcell/OmNumber.h"
@@ -6,6 +7,7 @@
 #include "omcell/OmValue.h"
 #include "omcell/OmVariable.h"
 #include "platform/icuTracker.h"
+#include "tests/support/CapturedOutput.h"
 #include "tests/support/ForeignText.h"
 
 #include <gtest/gtest.h>
@@ -13,6 +15,7 @@
 #include <cstddef>
 #include <functional>
 #include <memory>
+#include <pthread.h>
 #include <string>
 #include <utility>
 #include <vector>
@@ -100,4 +103,110 @@ TEST(MessageInMessage, AsksForEachOfManyFillersOnce) {
     }
     EXPECT_EQ(message.AsString(), std::string(3000, 'x'));
     EXPECT_EQ(asked, 1000);
+}
+
+// --- depth -----------------------------------------------------------------------------------------------------------
+
+namespace {
+
+/// Runs the action on a thread with a stack of 128 KiB, a few thousand times less than what recursion over the levels
+/// below would take of a stack of the usual size.
+void RunOnSmallStack(std::function<void()> action) {
+    pthread_attr_t attributes;
+    ASSERT_EQ(pthread_attr_init(&attributes), 0);
+    ASSERT_EQ(pthread_attr_setstacksize(&attributes, std::size_t{128} << 10), 0);
+    pthread_t thread{};
+    auto const run = [](void* task) -> void* {
+        (*static_cast<std::function<void()>*>(task))();
+        return nullptr;
+    };
+    ASSERT_EQ(pthread_create(&thread, &attributes, run, &action), 0);
+    pthread_join(thread, nullptr);
+    pthread_attr_destroy(&attributes);
+}
+
+/// Gives a composite its tracker as a table's visitor does, and leaves the other kinds alone.
+class TrackerVisitor final : public OmCellText::Visitor {
+public:
+    explicit TrackerVisitor(icuTracker& tracker) : _tracker(tracker) {}
+    void Visit(OmComposite& text) override { text.SetTracker(&_tracker); }
+    void Visit(OmStringCell& text) override { text.SetTracker(&_tracker); }
+    void Visit(OmNumber& text) override { text.SetTracker(&_tracker); }
+    void Visit(OmVariable& text) override { text.SetTracker(&_tracker); }
+    void Visit(OmValue& text) override { text.SetTracker(&_tracker); }
+    void Visit(OmMessage& text) override { text.SetTracker(&_tracker); }
+    void Visit(OmBlank&) override {}
+
+private:
+    icuTracker& _tracker;
+};
+
+/// Every operation that goes through the parts.
+void UseWhole(OmCellText& text, std::string const& shown, double number) {
+    icuTracker tracker({false, "en_US.ISO-8859-1"});
+    TrackerVisitor visitor(tracker);
+    std::unique_ptr<OmCellText> const clone(text.Clone(nullptr));
+    EXPECT_EQ(text.Compare(*clone), 0);
+    EXPECT_TRUE(OmCellText::Equal(text, *clone));
+    clone->Accept(visitor);
+    EXPECT_EQ(clone->Tracker(), &tracker);
+    EXPECT_EQ(clone->AsString(), shown);
+    EXPECT_EQ(clone->AsU8String(), shown);
+    EXPECT_EQ(clone->AsEngString(), shown);
+    EXPECT_EQ(clone->AsFormattedString(), shown);
+    EXPECT_EQ(clone->NumericValue(), number);
+    EXPECT_EQ(omtest::PrintedBy(*clone, 0), '"' + shown + '"');
+}
+
+} // namespace
+
+TEST(DeepTexts, OfCompositesUseNoNativeStackByDepth) {
+    RunOnSmallStack([] {
+        OmComposite text;
+        OmComposite* place = &text;
+        for (int level = 0; level < 100000; ++level) {
+            OmComposite* const inner = new OmComposite();
+            place->Components().AddChild(place->Components().Root(), inner);
+            place = inner;
+        }
+        place->Append(OmStringCell("core"));
+        UseWhole(text, "core", 0.0);
+    });
+}
+
+TEST(DeepTexts, OfComponentsBelowComponentsUseNoNativeStackByDepth) {
+    RunOnSmallStack([] {
+        OmComposite text;
+        Tree::Node place = text.Components().Root();
+        for (int level = 0; level < 100000; ++level) {
+            place = text.Append(place, OmStringCell("x"));
+        }
+        UseWhole(text, std::string(100000, 'x'), 0.0);
+    });
+}
+
+// A value clones what it is made of, so each level costs what all levels within it do.
+TEST(DeepTexts, OfValuesAndVariablesUseNoNativeStackByDepth) {
+    RunOnSmallStack([] {
+        std::unique_ptr<OmCellText> value = std::make_unique<OmNumber>(2.5);
+        std::unique_ptr<OmCellText> variable = std::make_unique<OmStringCell>("name");
+        for (int level = 0; level < 2000; ++level) {
+            value = std::make_unique<OmValue>(*value);
+            variable = std::make_unique<OmVariable>(*variable);
+        }
+        UseWhole(*value, "2.5", 2.5);
+        UseWhole(*variable, "name", 0.0);
+    });
+}
+
+TEST(ValueInValue, StandsForTheNumberOfTheInnermost) {
+    OmStringCell const label("some");
+    OmValue const inner(3.5, "three and a half");
+    OmValue const middle(inner, &label);
+    OmCellText const& anyText = middle;
+    OmValue const outer(anyText);
+    EXPECT_EQ(middle.NumericValue(), 3.5);
+    EXPECT_EQ(outer.NumericValue(), 3.5);
+    EXPECT_EQ(outer.AsString(), "some");
+    EXPECT_EQ(OmValue(OmValue("text"), &label).NumericValue(), 0.0);
 }

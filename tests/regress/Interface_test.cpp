@@ -1,8 +1,12 @@
 // Defects of signatures: what compiles, and what it then means.
 #include "backend/tables/MultiBase.h"
 #include "backend/tables/PuppetVector.h"
+#include "omcell/OmComposite.h"
+#include "omcell/OmMessage.h"
 #include "omcell/OmNumber.h"
 #include "omcell/OmStringCell.h"
+#include "omcell/OmValue.h"
+#include "omcell/OmVariable.h"
 
 #include <gtest/gtest.h>
 
@@ -38,6 +42,18 @@ struct Refusing final : OmRegionManaged {
 
 // The storage goes back when the constructor throws; the leak checker watches.
 TEST(NullRegion, ThrowingConstructorGivesTheStorageBack) { EXPECT_THROW(new (nullptr) Refusing(), int); }
+
+// --- copies of texts -------------------------------------------------------------------------------------------------
+
+// A copy of a value or variable shared its parts with the source, and both destroyed them.
+static_assert(!std::is_copy_constructible_v<OmValue>, "texts are copied by Clone");
+static_assert(!std::is_copy_constructible_v<OmVariable>);
+static_assert(!std::is_copy_constructible_v<OmMessage>);
+static_assert(!std::is_copy_constructible_v<OmComposite>);
+static_assert(!std::is_copy_constructible_v<OmNumber>);
+static_assert(!std::is_copy_constructible_v<OmStringCell>);
+static_assert(!std::is_move_constructible_v<OmValue> && !std::is_copy_assignable_v<OmValue>);
+static_assert(std::is_constructible_v<OmValue, OmCellText const&> && std::is_constructible_v<OmVariable, OmCellText&>);
 
 // --- lists in braces -------------------------------------------------------------------------------------------------
 
