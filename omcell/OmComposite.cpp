@@ -1,5 +1,6 @@
 #include "omcell/OmComposite.h"
 
+#include <cstdint>
 #include <memory>
 
 namespace {
@@ -9,25 +10,32 @@ using TreeNode = OmComposite::Tree::TreeNode;
 // Pre-order without memory of its own, so that a destructor can use it. The way back up is kept in the parent pointers,
 // which are set on the way down: an edit of the tree may have left them behind.
 template <typename Visit>
-void VisitBelow(TreeNode& root, Visit visit) {
-    TreeNode* node = &root;
+void VisitAll(OmVector<TreeNode>& nodes, Visit visit) {
+    if (nodes.empty()) {
+        return;
+    }
+    auto const isLast = [&nodes](TreeNode const* node) {
+        return node + 1 == (node->parent != nullptr ? node->parent->children : nodes).end();
+    };
+    TreeNode* node = nodes.begin();
+    node->parent = nullptr;
     for (;;) {
+        visit(*node);
         if (!node->children.empty()) {
             TreeNode* const below = node->children.begin();
             below->parent = node;
             node = below;
-        } else {
-            while (node != &root && node + 1 == node->parent->children.end()) {
-                node = node->parent;
-            }
-            if (node == &root) {
+            continue;
+        }
+        while (isLast(node)) {
+            node = node->parent;
+            if (node == nullptr) {
                 return;
             }
-            TreeNode* const above = node->parent;
-            ++node;
-            node->parent = above;
         }
-        visit(*node);
+        TreeNode* const above = node->parent;
+        ++node;
+        node->parent = above;
     }
 }
 
@@ -47,9 +55,34 @@ void OmComposite::Accept(Visitor& visitor) { visitor.Visit(*this); }
 short OmComposite::OrderCode() const { return Order; }
 
 OmComposite::Tree::Node OmComposite::Append(Tree::Node const& parent, OmCellText const& text) {
+    // Taken off the list on every way out.
+    struct Listed : Waiting {
+        Listed(TreeNode* node, Waiting*& first) : Waiting{node, first}, innermost(first) { first = this; }
+        ~Listed() { innermost = outer; }
+        Listed(Listed const&) = delete;
+        Listed& operator=(Listed const&) = delete;
+        Waiting*& innermost;
+    };
+    Listed const listed(parent.Ptr(), _waiting);
     std::unique_ptr<OmCellText> clone(text.Clone(Home()));
-    Tree::Node const place = _components.AddChild(parent, clone.get());
+    Tree::Node const place = AddComponent(Tree::Node(listed.parent, parent.Depth()), clone.get());
     static_cast<void>(clone.release());
+    return place;
+}
+
+// Only children of `parent` move.
+OmComposite::Tree::Node OmComposite::AddComponent(Tree::Node const& parent, OmCellText* text) {
+    OmVector<TreeNode>& siblings = parent.Ptr()->children;
+    std::uintptr_t const before = reinterpret_cast<std::uintptr_t>(siblings.data());
+    std::uintptr_t const bytes = siblings.size() * sizeof(TreeNode);
+    Tree::Node const place = _components.AddChild(parent, text);
+    NoteEdit();
+    for (Waiting* waiting = _waiting; waiting != nullptr; waiting = waiting->outer) {
+        std::uintptr_t const distance = reinterpret_cast<std::uintptr_t>(waiting->parent) - before;
+        if (distance < bytes) {
+            waiting->parent = siblings.data() + distance / sizeof(TreeNode);
+        }
+    }
     return place;
 }
 
@@ -87,8 +120,14 @@ void OmComposite::ListParts(std::vector<Part>& parts) const {
     });
 }
 
+// A foreign part finds a tree without components, whose state is its own, while it is destroyed.
 void OmComposite::GiveUpParts(Bin& bin) {
-    VisitBelow(*_components.Root().Ptr(), [&bin](TreeNode& node) { bin.Take(node.value); });
+    OmVector<TreeNode>& components = _components.Root().Ptr()->children;
+    while (!components.empty()) {
+        OmVector<TreeNode> doomed(_components.Region());
+        doomed.swap(components);
+        VisitAll(doomed, [&bin](TreeNode& node) { bin.Take(node.value); });
+    }
 }
 
 void OmComposite::Expand(Form, Pieces& pieces) const {

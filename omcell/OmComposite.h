@@ -41,17 +41,23 @@ public:
     short OrderCode() const override;
 
     /// The tree of components. Its handles stay valid as VectorTree.h says.
-    Tree& Components() { return _components; }
+    Tree& Components() {
+        NoteEdit();
+        return _components;
+    }
     Tree const& Components() const { return _components; }
 
     /// Adds a clone of `text` as the last component below `parent`, a handle into this composite's tree, and returns
     /// its handle. Handles to the other components below the same parent are stale afterwards. Amortised O(1), plus
-    /// what `OmVectorTree::AddChild` costs when it moves the siblings.
+    /// what `OmVectorTree::AddChild` costs when it moves the siblings. A foreign text may append to this composite
+    /// while it is cloned; what it appends below the same parent comes first.
     Tree::Node Append(Tree::Node const& parent, OmCellText const& text);
     /// The same below the root.
     Tree::Node Append(OmCellText const& text);
 
 private:
+    using TreeNode = Tree::TreeNode;
+
     OmComposite(OmComposite const& source, OmMemoryRegion* region);
 
     OmPartedText* Shell(OmMemoryRegion* region) const override;
@@ -60,8 +66,16 @@ private:
     void Expand(Form form, Pieces& pieces) const override;
 
     void CopyShape(Tree const& source);
+    Tree::Node AddComponent(Tree::Node const& parent, OmCellText* text);
+
+    /// A call of `Append` that waits for a clone, and follows the node that it appends to.
+    struct Waiting {
+        TreeNode* parent;
+        Waiting* outer;
+    };
 
     Tree _components;
+    Waiting* _waiting = nullptr; ///< the innermost
 };
 
 #endif

@@ -73,6 +73,7 @@ void OmMessage::Fill(std::size_t slot, OmCellText const& text) {
     if (position == _slots.size() || _slots[position].number != slot) {
         _slots.insert(position, {nullptr, slot});
     }
+    NoteEdit();
     OmCellText*& held = _slots[position].text;
     if (clone.get() == held) {
         static_cast<void>(clone.release());
@@ -103,9 +104,13 @@ void OmMessage::ListParts(std::vector<Part>& parts) const {
 }
 
 void OmMessage::GiveUpParts(Bin& bin) {
-    for (Slot& slot : _slots) {
-        bin.Take(slot.text);
-    }
+    std::size_t edits = 0;
+    do {
+        edits = Edits();
+        for (std::size_t k = 0; k < _slots.size(); ++k) {
+            bin.Take(_slots[k].text);
+        }
+    } while (Edits() != edits);
 }
 
 void OmMessage::Expand(Form form, Pieces& pieces) const {

@@ -3,6 +3,7 @@
 #include "omcell/detail/Ordering.h"
 
 #include <algorithm>
+#include <functional>
 #include <memory>
 #include <typeinfo>
 #include <utility>
@@ -173,57 +174,116 @@ void OmPartedText::AddSteps(OmPartedText const& sameKind, std::vector<Step>& ste
     addVerdict(om_detail::Order(parts.size(), others.size()));
 }
 
-OmCellText* OmPartedText::Clone(OmMemoryRegion* region) const {
-    struct Pair {
-        OmPartedText const* source;
-        OmPartedText* copy;
+// --- walks that foreign parts may disturb ---------------------------------------------------------------------------
+
+/// The parts of a text and of the parted texts among them, each before its own parts, without the null ones. What the
+/// caller does with a part may change the texts on the way down to it: parts that were taken away are passed over.
+class OmPartedText::Walk {
+public:
+    struct Entry {
+        OmCellText* part;
+        OmCellText** copy; ///< the slot for its copy; null in a walk without
     };
-    std::unique_ptr<OmPartedText> top(Shell(region));
-    std::vector<Pair> pending{{this, top.get()}};
-    std::vector<Part> parts;
-    std::vector<Part> slots;
-    while (!pending.empty()) {
-        Pair const pair = TakeLast(pending);
-        parts.clear();
-        slots.clear();
-        pair.source->ListParts(parts);
-        pair.copy->ListParts(slots);
-        for (std::size_t k = 0; k < parts.size(); ++k) {
-            OmCellText const* const part = *parts[k].slot;
-            OmCellText*& slot = const_cast<OmCellText*&>(*slots[k].slot);
-            if (OmPartedText const* const parted = AsParted(part)) {
-                OmPartedText* const shell = parted->Shell(region);
-                slot = shell;
-                pending.push_back({parted, shell});
-            } else if (part != nullptr) {
-                slot = part->Clone(region);
+
+    /// Goes on with the parts of `text`; `shell` is null, or a fresh shell of it.
+    void Enter(OmPartedText const& text, OmPartedText* shell) {
+        std::size_t const first = _entries.size();
+        _parts.clear();
+        text.ListParts(_parts);
+        for (Part const& part : _parts) {
+            _entries.push_back({*part.slot, nullptr});
+        }
+        if (shell != nullptr) {
+            _parts.clear();
+            shell->ListParts(_parts);
+            for (std::size_t k = 0; k < _parts.size(); ++k) {
+                _entries[first + k].copy = const_cast<OmCellText**>(_parts[k].slot);
             }
+        }
+        _levels.push_back({&text, first, first, text._edits});
+    }
+
+    /// The next part; one without a part at the end.
+    Entry Next() {
+        while (!_levels.empty()) {
+            Level& level = _levels.back();
+            if (level.next == _entries.size()) {
+                _entries.resize(level.first);
+                _levels.pop_back();
+                continue;
+            }
+            if (level.text->_edits != level.edits) {
+                PassOverMissing(level);
+            }
+            Entry const entry = _entries[level.next++];
+            if (entry.part != nullptr) {
+                return entry;
+            }
+        }
+        return {nullptr, nullptr};
+    }
+
+private:
+    struct Level {
+        OmPartedText const* text;
+        std::size_t first; ///< of its entries, which go on to the end
+        std::size_t next;
+        std::size_t edits; ///< of the text when its entries were known to be there
+    };
+
+    void PassOverMissing(Level& level) {
+        _parts.clear();
+        level.text->ListParts(_parts);
+        std::vector<OmCellText const*> there;
+        for (Part const& part : _parts) {
+            there.push_back(*part.slot);
+        }
+        std::sort(there.begin(), there.end(), std::less<>());
+        for (std::size_t k = level.next; k < _entries.size(); ++k) {
+            if (!std::binary_search(there.begin(), there.end(), _entries[k].part, std::less<>())) {
+                _entries[k].part = nullptr;
+            }
+        }
+        level.edits = level.text->_edits;
+    }
+
+    std::vector<Level> _levels;
+    std::vector<Entry> _entries;
+    std::vector<Part> _parts;
+};
+
+OmCellText* OmPartedText::Clone(OmMemoryRegion* region) const {
+    std::unique_ptr<OmPartedText> top(Shell(region));
+    Walk walk;
+    walk.Enter(*this, top.get());
+    for (Walk::Entry entry = walk.Next(); entry.part != nullptr; entry = walk.Next()) {
+        if (OmPartedText const* const parted = AsParted(entry.part)) {
+            OmPartedText* const shell = parted->Shell(region);
+            *entry.copy = shell;
+            walk.Enter(*parted, shell);
+        } else {
+            *entry.copy = entry.part->Clone(region);
         }
     }
     return top.release();
 }
 
 icuTracker* OmPartedText::SetTracker(icuTracker* tracker) {
-    std::vector<OmCellText*> pending{this};
-    std::vector<Part> parts;
-    while (!pending.empty()) {
-        OmCellText* const text = TakeLast(pending);
-        OmPartedText* const parted = AsParted(text);
-        if (parted == nullptr) {
-            if (text != nullptr) {
-                text->SetTracker(tracker);
-            }
-            continue;
-        }
-        parted->OmCellText::SetTracker(tracker);
-        parts.clear();
-        parted->ListParts(parts);
-        for (std::size_t k = parts.size(); k > 0; --k) {
-            pending.push_back(*parts[k - 1].slot);
+    OmCellText::SetTracker(tracker);
+    Walk walk;
+    walk.Enter(*this, nullptr);
+    for (Walk::Entry entry = walk.Next(); entry.part != nullptr; entry = walk.Next()) {
+        if (OmPartedText* const parted = AsParted(entry.part)) {
+            parted->OmCellText::SetTracker(tracker);
+            walk.Enter(*parted, nullptr);
+        } else {
+            entry.part->SetTracker(tracker);
         }
     }
     return tracker;
 }
+
+// --- destruction -----------------------------------------------------------------------------------------------------
 
 void OmPartedText::Bin::Take(OmCellText*& slot) {
     OmCellText* const part = std::exchange(slot, nullptr);

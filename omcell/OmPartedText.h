@@ -21,6 +21,11 @@
 /// Cost. A string form costs O(parts, with theirs and so on, and their own bytes) plus O(bytes of the result): a part
 /// is put together once, also where a message shows it several times. Everything else costs O(parts).
 ///
+/// Parts of foreign kinds may call any operation of the texts that hold them while they are cloned, handed a tracker or
+/// destroyed, except one that destroys a text that the part lies in. What such a call does stands. A clone that is
+/// being made meanwhile gets the parts that were there at its beginning, without those that were taken away before
+/// their turn.
+///
 /// Null parts (a label that was not given) are allowed everywhere and stand for nothing.
 ///
 /// The kinds are final: a program's own kind derives from OmCellText.
@@ -119,12 +124,17 @@ protected:
     /// For the destructor of each kind.
     void DestroyParts() noexcept;
 
+    /// For each operation that adds parts, or may take some away or move their slots.
+    void NoteEdit() { ++_edits; }
+    /// Changes with every edit.
+    std::size_t Edits() const { return _edits; }
+
     /// A copy in `region` of everything but the parts, whose slots are all there and null. Metadata and tracker are
     /// copied as for a clone. The caller owns it.
     virtual OmPartedText* Shell(OmMemoryRegion* region) const = 0;
     /// Appends the places of all parts, in order, the empty ones too. They stay valid until the text changes.
     virtual void ListParts(std::vector<Part>& parts) const = 0;
-    /// Gives every part to the bin.
+    /// Gives every part to the bin, those too that the destructors of others put in meanwhile.
     virtual void GiveUpParts(Bin& bin) = 0;
     /// Says what the text is made of in `form`.
     virtual void Expand(Form form, Pieces& pieces) const = 0;
@@ -135,11 +145,13 @@ protected:
 
 private:
     struct Step;
+    class Walk;
 
     std::string PutTogether(Form form) const;
     void AddSteps(OmPartedText const& sameKind, std::vector<Step>& steps) const;
 
     OmPartedText* _doomed = nullptr; ///< in a bin: the next one in it
+    std::size_t _edits = 0;
 };
 
 #endif

@@ -210,3 +210,242 @@ TEST(ValueInValue, StandsForTheNumberOfTheInnermost) {
     EXPECT_EQ(outer.AsString(), "some");
     EXPECT_EQ(OmValue(OmValue("text"), &label).NumericValue(), 0.0);
 }
+
+// --- parts that call back --------------------------------------------------------------------------------------------
+
+namespace {
+
+/// What a part does, once, while it is cloned, handed a tracker, or destroyed.
+struct Hooks {
+    std::function<void()> cloned;
+    std::function<void()> tracked;
+    std::function<void()> destroyed;
+    int alive = 0;
+};
+
+void RunOnce(std::function<void()>& hook) {
+    if (std::function<void()> const action = std::exchange(hook, nullptr)) {
+        action();
+    }
+}
+
+class CallingText final : public OmCellText {
+public:
+    CallingText(std::string text, Hooks& hooks) : _text(std::move(text)), _hooks(hooks) { ++_hooks.alive; }
+    ~CallingText() override {
+        --_hooks.alive;
+        RunOnce(_hooks.destroyed);
+    }
+
+    void Accept(Visitor&) override {}
+    short OrderCode() const override { return 100; }
+    std::string AsString() const override { return _text; }
+    std::string AsU8String() const override { return _text; }
+    std::string AsEngString() const override { return _text; }
+    short Compare(OmCellText const&) const override { return 0; }
+    OmCellText* Clone(OmMemoryRegion* region) const override {
+        // What is asked of the text after it was taken away is not looked at.
+        Hooks& hooks = _hooks;
+        std::string const text = _text;
+        RunOnce(hooks.cloned);
+        return new (region) CallingText(text, hooks);
+    }
+    icuTracker* SetTracker(icuTracker* tracker) override {
+        OmCellText::SetTracker(tracker);
+        RunOnce(_hooks.tracked);
+        return tracker;
+    }
+
+private:
+    std::string _text;
+    Hooks& _hooks;
+};
+
+OmStringCell const LongText("a text that does not lie within the object, being far too long for it");
+
+/// A composite "b" [ "c" [ calling ] ] "d", with messages and values between.
+void FillWithCalling(OmComposite& text, Hooks& hooks) {
+    Tree::Node const b = text.Append(OmStringCell("b"));
+    Tree::Node const c = text.Append(b, OmStringCell("c"));
+    text.Append(c, CallingText("!", hooks));
+    text.Append(OmStringCell("d"));
+}
+
+void AppendMany(OmComposite& text, char const* part) {
+    for (int i = 0; i < 50; ++i) {
+        text.Append(OmStringCell(part));
+    }
+}
+
+} // namespace
+
+// The handle of the parent led into freed memory.
+TEST(PartCallsBack, WhileItIsAppended) {
+    for (int depth = 0; depth < 3; ++depth) {
+        Hooks hooks;
+        OmComposite text;
+        Tree::Node parent = text.Components().Root();
+        for (int level = 0; level < depth; ++level) {
+            parent = text.Append(parent, OmStringCell("<"));
+        }
+        hooks.cloned = [&] {
+            AppendMany(text, "x");
+            hooks.cloned = [&] { AppendMany(text, "y"); };
+            text.Append(text.Components().Root().Child(0), CallingText("1", hooks));
+        };
+        Tree::Node const place = text.Append(parent, CallingText("2", hooks));
+        EXPECT_EQ(place.Value()->AsString(), "2");
+        EXPECT_EQ(place.Depth(), static_cast<unsigned int>(depth) + 1);
+        std::string const many = std::string(50, 'x') + std::string(50, 'y');
+        std::string const shown = text.AsString();
+        EXPECT_EQ(shown.size(), 102U + static_cast<std::size_t>(depth));
+        // Below the root it stands behind everything that the inner calls put there.
+        if (depth == 0) {
+            EXPECT_EQ(shown, "x1" + many.substr(1) + "2");
+        } else if (depth == 1) {
+            EXPECT_EQ(shown, "<12" + many);
+        } else {
+            EXPECT_EQ(shown, "<<21" + many);
+        }
+    }
+}
+
+// Places of parts were remembered while the tree moved them.
+TEST(PartCallsBack, WhileACompositeIsClonedOrVisited) {
+    Hooks hooks;
+    icuTracker tracker({true, "en_US.UTF-8"});
+    OmComposite text;
+    FillWithCalling(text, hooks);
+    hooks.cloned = [&] { AppendMany(text, "x"); };
+    std::unique_ptr<OmCellText> const clone(text.Clone(nullptr));
+    EXPECT_EQ(clone->AsString(), "bc!d");
+    EXPECT_EQ(text.AsString(), "bc!d" + std::string(50, 'x'));
+    hooks.tracked = [&] { AppendMany(text, "y"); };
+    text.SetTracker(&tracker);
+    EXPECT_EQ(text.Components().Root().Child(1).Value()->Tracker(), &tracker);
+    EXPECT_EQ(text.AsString(), "bc!d" + std::string(50, 'x') + std::string(50, 'y'));
+}
+
+// A part still to come was destroyed by the call.
+TEST(PartCallsBack, AndTakesAwayAPartThatWasToBeClonedOrVisited) {
+    for (bool const nested : {false, true}) {
+        Hooks hooks;
+        icuTracker tracker({true, "en_US.UTF-8"});
+        OmMessage message("{0}{1}{2}{3}");
+        OmMessage within("[{0}]");
+        within.Fill(0, LongText);
+        message.Fill(1, CallingText("!", hooks));
+        message.Fill(2, nested ? static_cast<OmCellText const&>(within) : LongText);
+        message.Fill(3, OmStringCell("d"));
+        hooks.cloned = [&] {
+            message.Fill(2, OmStringCell("new"));
+            message.Fill(0, OmStringCell("first"));
+        };
+        std::unique_ptr<OmCellText> const clone(message.Clone(nullptr));
+        EXPECT_EQ(message.AsString(), "first!newd");
+        EXPECT_EQ(clone->AsString(), "{0}!{2}d");
+        message.Fill(2, nested ? static_cast<OmCellText const&>(within) : LongText);
+        hooks.tracked = [&] { message.Fill(2, OmStringCell("newer")); };
+        message.SetTracker(&tracker);
+        EXPECT_EQ(message.AsString(), "first!newerd");
+        EXPECT_EQ(message.Filler(3)->Tracker(), &tracker);
+    }
+}
+
+TEST(PartCallsBack, AndTakesAwayAComponentThatWasToBeClonedOrVisited) {
+    Hooks hooks;
+    icuTracker tracker({true, "en_US.UTF-8"});
+    OmComposite text;
+    OmComposite within;
+    within.Append(LongText);
+    text.Append(CallingText("!", hooks));
+    text.Append(within);
+    text.Append(OmStringCell("d"));
+    auto const takeAway = [&] {
+        Tree::Node const root = text.Components().Root();
+        delete root.Child(1).Value();
+        Tree::EraseChild(root, 1);
+        Tree::Reparent(root, true);
+    };
+    hooks.cloned = takeAway;
+    std::unique_ptr<OmCellText> const clone(text.Clone(nullptr));
+    EXPECT_EQ(text.AsString(), "!d");
+    EXPECT_EQ(clone->AsString(), "!d");
+    hooks.tracked = takeAway;
+    text.SetTracker(&tracker);
+    EXPECT_EQ(text.AsString(), "!");
+}
+
+// Parts put in by the destructor of another were never destroyed, or the walk over the others broke off.
+TEST(PartCallsBack, WhileItsHolderIsDestroyed) {
+    Hooks hooks;
+    OmMemoryRegion arena(false);
+    {
+        OmComposite text(&arena);
+        hooks.destroyed = [&] {
+            AppendMany(text, "x");
+            text.Append(LongText);
+            hooks.destroyed = [&] { AppendMany(text, "y"); };
+            text.Append(CallingText("?", hooks));
+        };
+        std::function<void()> const held = std::exchange(hooks.destroyed, nullptr);
+        FillWithCalling(text, hooks);
+        hooks.destroyed = held;
+    }
+    EXPECT_EQ(arena.LiveBlocks(), 0U);
+    {
+        OmMessage message("{0}", &arena);
+        message.Fill(5, CallingText("!", hooks));
+        message.Fill(6, LongText);
+        hooks.destroyed = [&] {
+            for (std::size_t slot = 0; slot < 50; ++slot) {
+                message.Fill(slot, LongText);
+            }
+        };
+    }
+    EXPECT_EQ(arena.LiveBlocks(), 0U);
+    EXPECT_EQ(hooks.alive, 0);
+}
+
+TEST(PartCallsBack, WhileItIsReplaced) {
+    Hooks hooks;
+    OmMessage message("{0}{1}");
+    message.Fill(1, CallingText("!", hooks));
+    hooks.destroyed = [&] {
+        EXPECT_EQ(message.AsString(), "{0}new");
+        message.Fill(0, LongText);
+        message.Fill(1, OmStringCell("newer"));
+    };
+    message.Fill(1, OmStringCell("new"));
+    EXPECT_EQ(message.AsString(), LongText.AsString() + "newer");
+    hooks.cloned = [&] { message.Fill(1, OmStringCell("inner")); };
+    message.Fill(1, CallingText("outer", hooks));
+    EXPECT_EQ(message.AsString(), LongText.AsString() + "outer");
+}
+
+TEST(OwnText, MayBeGivenToItsHolder) {
+    OmMessage message("{0}|{1}");
+    message.Fill(0, message);
+    message.Fill(1, *message.Filler(0));
+    message.Fill(0, *message.Filler(0));
+    EXPECT_EQ(message.AsString(), "{0}|{1}|{0}|{1}");
+    OmComposite text;
+    Tree::Node const node = text.Append(OmStringCell("a"));
+    text.Append(node, text);
+    text.Append(text.Components().Root().Child(0), *text.Components().Root().Child(0).Value());
+    EXPECT_EQ(text.AsString(), "aaa");
+    OmStringCell cell("given");
+    cell.SetAltText(LongText.AsString());
+    cell.SetAltText(cell.AltText());
+    EXPECT_EQ(cell.AltText(), LongText.AsString());
+    OmCellMetaData meta;
+    meta.footnotes = {1, 2};
+    cell.setMeta(&meta);
+    cell.setMeta(cell.getMeta());
+    EXPECT_EQ(cell.Footnotes(), (std::vector<short>{1, 2}));
+    OmNumber number(7.0, {OmNumber::CurrencyFormat, 0, U'.', 0, "a symbol that is longer than a small string"});
+    number.setFormat(number.getFormat());
+    EXPECT_EQ(number.AsFormattedString(), "a symbol that is longer than a small string7");
+    EXPECT_EQ(message.Compare(message), 0);
+    EXPECT_EQ(text.Compare(text), 0);
+}
