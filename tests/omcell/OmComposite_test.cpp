@@ -148,6 +148,26 @@ TEST(OmComposite, ErasedComponentsAreTheCallersAndTheRestStaysOwned) {
     EXPECT_EQ(arena.LiveBlocks(), 0U);
 }
 
+// The children of a node that moved up still point at its old place, where another node stands now.
+TEST(OmComposite, NodeWithSeveralChildrenThatMovedUpIsDestroyedWithAll) {
+    OmMemoryRegion arena(false);
+    {
+        OmComposite text(&arena);
+        OmCellText* const gone = text.Append(OmStringCell("gone")).Value();
+        text.Append(OmStringCell("a"));
+        for (char const* const below : {"b", "c", "d"}) {
+            Tree::Node const node = text.Append(text.Components().Root().Child(1), OmStringCell(below));
+            text.Append(node, OmStringCell("1"));
+            text.Append(text.Components().Root().Child(1).Child(node.Parent().ChildCount() - 1), OmStringCell("2"));
+        }
+        text.Append(OmStringCell("e"));
+        Tree::EraseChild(text.Components().Root(), 0);
+        delete gone;
+        EXPECT_EQ(text.AsString(), "ab12c12d12e");
+    }
+    EXPECT_EQ(arena.LiveBlocks(), 0U);
+}
+
 // --- clone -----------------------------------------------------------------------------------------------------------
 
 TEST(OmComposite, CloneHasTheSameShapeAndItsOwnTexts) {
