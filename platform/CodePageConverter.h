@@ -7,10 +7,19 @@
 
 /// Conversion of UTF-8 text into a code page by the C library's tables.
 ///
-/// Names are accepted as writers spell them: letter case, blanks' stand-ins ('-', '_') and the usual prefixes make no
-/// difference ("windows-1252", "cp1252", "1252", "Shift_JIS", "ibm-850", "windows-949", "EUC_KR"), and a locale name
-/// stands for the code page behind its dot ("en_US.ISO-8859-15"). A name outside the list of known code pages is
-/// refused, and so are an empty name, one with a blank in it, and one with a conversion suffix ("//TRANSLIT").
+/// Names are accepted as writers spell them:
+///
+///     a name on the list        "UTF-8", "utf8", "Shift_JIS", "EUC_KR", "euckr", "latin-1", "ANSI_X3.4-1968"
+///     a number on the list      "1252"
+///     a prefix and the number   "windows-1252", "win1252", "cp1252", "ms932", "code-page-1252", "ibm-850"
+///     a part of ISO 8859        "ISO-8859-15", "iso8859_15", "iso885915"
+///     a locale and one of these "en_US.ISO-8859-15", "de_DE.cp1252@euro", "C.UTF-8"
+///
+/// Letter case makes no difference, and where one word ends and the next starts stands a '-', a '_' or nothing; nowhere
+/// else ("u-t-f-8", "iso-88591-5" and "12-52" are no names). "ibm" means that maker's tables: "ibm-932" differs from
+/// "cp932" and "windows-932", and where the C library has a table of Microsoft's alone, as for 949, there is no such
+/// name. A locale is words with a '-' or '_' between them, a modifier one word. Everything else is refused: a name
+/// outside the list, an empty one, one with a blank in it, and one with a conversion suffix ("//TRANSLIT").
 
 /// Opaque converter into one code page.
 struct QUORMBConverter;
@@ -23,7 +32,11 @@ PLATDEP_API QUORMBConverter* QUORMBConverterNew_A(char const* codePage);
 /// Anything else means failure, and `out` is as before: the converter is null, the text is ill-formed UTF-8, or the
 /// code page cannot hold one of its characters. Nothing is transliterated or left out; what holds a character is the C
 /// library's table for the code page, which in some East Asian ones has two characters in one place (in "EUC-JP" the
-/// yen sign has the backslash's).
+/// yen sign has the backslash's). The two encodings that switch tables within a text, ISO-2022-JP and ISO-2022-KR, hold
+/// no U+000E, U+000F and U+001B: that is what they switch with.
+///
+/// `text` may be `out`. The result is made in one buffer, which starts at the length of the text and doubles when it is
+/// full; the text is not copied.
 PLATDEP_API int QUORMBU8ToGeneric(QUORMBConverter* converter, std::string& out, std::string const& text);
 
 /// Frees the converter; null is ignored.

@@ -8,8 +8,8 @@ namespace om_detail {
 
 /// The C library's name of the code page that `name` spells, or null when it is none of the known ones.
 ///
-/// Known code pages are on a list; the C library would also take suffixes that change a conversion's meaning, and names
-/// that differ from one installation to the next.
+/// The rules of spelling stand in CodePageConverter.h. Known code pages are on a list; the C library would also take
+/// suffixes that change a conversion's meaning, and names that differ from one installation to the next.
 char const* CodePageNamed(std::string_view name);
 
 } // namespace om_detail
