@@ -53,6 +53,14 @@ bool HasTag(std::string_view text) {
     return text.find("\xF3\xA0\x80") != std::string_view::npos || text.find("\xF3\xA0\x81") != std::string_view::npos;
 }
 
+/// What the encodings with states switch tables with.
+constexpr char EscapeCharacters[] = "\x0E\x0F\x1B";
+
+bool Escapes(std::string_view encoding) { return encoding.substr(0, 9) == "ISO-2022-"; }
+
+/// With some room to spare, for a state to be closed and a character that is longer than it was.
+std::size_t RoomFor(std::size_t bytes) { return bytes + 16; }
+
 /// Whether the encoding has a place for every character.
 bool HoldsUnicode(std::string_view encoding) { return encoding == "UTF-8" || encoding == "GB18030"; }
 
@@ -63,12 +71,13 @@ std::unique_ptr<Transcoder> Transcoder::Open(char const* to, char const* from) {
         return nullptr;
     }
     // The object is made first: nothing is open yet when there is no memory for it.
-    std::unique_ptr<Transcoder> transcoder(new Transcoder(std::string_view(from) == "UTF-8", !HoldsUnicode(to)));
+    std::unique_ptr<Transcoder> transcoder(new Transcoder(to, from));
     transcoder->_handle = iconv_open(to, from);
     return transcoder->_handle != None ? std::move(transcoder) : nullptr;
 }
 
-Transcoder::Transcoder(bool fromU8, bool dropsTags) : _handle(None), _fromU8(fromU8), _dropsTags(dropsTags) {}
+Transcoder::Transcoder(char const* to, char const* from)
+    : _handle(None), _fromU8(std::string_view(from) == "UTF-8"), _dropsTags(!HoldsUnicode(to)), _escapes(Escapes(to)) {}
 
 Transcoder::~Transcoder() {
     if (_handle != None) {
@@ -76,24 +85,34 @@ Transcoder::~Transcoder() {
     }
 }
 
-bool Transcoder::Convert(std::string const& text, std::string& out) const {
+/// Whether the C library can be trusted with the text.
+bool Transcoder::Holds(std::string const& text) const {
+    if (!_fromU8) {
+        return true;
+    }
     // The C library's own idea of UTF-8 goes beyond Unicode.
-    if (_fromU8 && !IsWellFormed(text)) {
+    if (!IsWellFormed(text)) {
         return false;
     }
-    // The C library leaves tag characters out of a text for an encoding without them, and reports nothing.
-    if (_fromU8 && _dropsTags && HasTag(text)) {
+    // It leaves tag characters out of a text for an encoding without them, and reports nothing.
+    if (_dropsTags && HasTag(text)) {
         return false;
     }
-    std::string converted;
-    char buffer[256];
-    std::string source = text; // the C interface takes a modifiable pointer
-    char* from = source.data();
-    std::size_t fromLeft = source.size();
+    return !_escapes || text.find_first_of(EscapeCharacters) == std::string::npos;
+}
+
+bool Transcoder::Convert(std::string const& text, std::string& out) const {
+    if (!Holds(text)) {
+        return false;
+    }
+    char* from = const_cast<char*>(text.data()); // the C interface takes a pointer to what it does not modify
+    std::size_t fromLeft = text.size();
+    std::string converted(RoomFor(text.size()), '\0');
+    std::size_t used = 0;
     iconv(_handle, nullptr, nullptr, nullptr, nullptr);
     for (bool flushing = false;;) {
-        char* to = buffer;
-        std::size_t toLeft = sizeof(buffer);
+        char* to = converted.data() + used;
+        std::size_t toLeft = converted.size() - used;
         std::size_t const result =
             flushing ? iconv(_handle, nullptr, nullptr, &to, &toLeft) : iconv(_handle, &from, &fromLeft, &to, &toLeft);
         bool const full = result == static_cast<std::size_t>(-1) && errno == E2BIG;
@@ -101,11 +120,13 @@ bool Transcoder::Convert(std::string const& text, std::string& out) const {
         if (!full && result != 0) {
             return false;
         }
-        converted.append(buffer, static_cast<std::size_t>(to - buffer));
+        used = converted.size() - toLeft;
         if (full) {
+            converted.resize(RoomFor(2 * converted.size()));
             continue;
         }
         if (flushing) {
+            converted.resize(used);
             out.swap(converted);
             return true;
         }

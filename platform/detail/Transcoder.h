@@ -22,11 +22,14 @@ public:
     bool Convert(std::string const& text, std::string& out) const;
 
 private:
-    Transcoder(bool fromU8, bool dropsTags);
+    Transcoder(char const* to, char const* from);
+
+    bool Holds(std::string const& text) const;
 
     iconv_t _handle; ///< what iconv_open gives for an unknown encoding, until there is one
     bool _fromU8;
     bool _dropsTags; ///< the C library passes over tag characters on the way to this encoding
+    bool _escapes;   ///< this encoding switches tables by control characters, which the C library passes through
 };
 
 } // namespace om_detail

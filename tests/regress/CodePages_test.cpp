@@ -175,3 +175,135 @@ TEST(CodePageNames, AreRefusedWhereNobodyWritesThemSo) {
     std::string out;
     EXPECT_FALSE(icuTracker({false, withZero}).FromU8("a", out));
 }
+
+// --- texts that do not read back -------------------------------------------------------------------------------------
+
+// The characters that switch such an encoding's state were passed through, and read as a switch.
+TEST(EscapingCodePages, RefuseTheCharactersThatTheyEscapeWith) {
+    for (std::string const codePage : {"ISO-2022-JP", "ISO-2022-KR"}) {
+        std::string const wide = codePage == "ISO-2022-JP" ? "日" : "한";
+        for (unsigned int control = 0; control < 0xA0; ++control) {
+            if (control >= 0x20 && control < 0x7F) {
+                continue;
+            }
+            std::string const character = control < 0x80 ? std::string(1, static_cast<char>(control))
+                                                         : std::string{'\xC2', static_cast<char>(control)};
+            bool const escapes = control == 0x0E || control == 0x0F || control == 0x1B;
+            for (std::string const& text : {character, "a" + character + "b", wide + character + wide,
+                                            character + "$B" + wide, character + "$)C" + character + wide}) {
+                std::optional<std::string> const bytes = Converted(codePage, text);
+                EXPECT_FALSE(escapes && bytes) << codePage << ' ' << control;
+                std::string back = "refused";
+                if (bytes) {
+                    EXPECT_TRUE(icuTracker({false, codePage}).ToU8(*bytes, back)) << codePage << ' ' << control;
+                    EXPECT_EQ(back, text) << codePage << ' ' << control;
+                }
+            }
+        }
+        EXPECT_TRUE(Converted(codePage, "a\n" + wide + "\t" + wide + "\r\n")) << codePage;
+    }
+    // They are characters like others elsewhere.
+    EXPECT_EQ(Converted("windows-1252", "\x1B\x0E\x0F"), "\x1B\x0E\x0F");
+    EXPECT_EQ(Converted("EUC-KR", "\x1B\x0E\x0F"), "\x1B\x0E\x0F");
+}
+
+// --- ill-formed texts ------------------------------------------------------------------------------------------------
+
+TEST(IllFormedUtf8, FailsWhereverTheBadByteStands) {
+    struct Row {
+        char const* text;
+        bool wellFormed;
+    };
+    constexpr Row rows[] = {
+        {"\xE2\x82\xAC", true},      {"\xE2\x82\x7F", false},
+        {"\xE2\x82\xC0", false},     {"\xE2\x82", false},
+        {"\xE2\x82\x20", false},     {"\xF0\x9F\x98\x80", true},
+        {"\xF0\x9F\x98", false},     {"\xF0\x9F\x98\x7F", false},
+        {"\xF0\x9F\x98\xC0", false}, {"\xF0\x9F\x7F\x80", false},
+        {"\xF0\x9F\xC0\x80", false}, {"\xF0\x9F\x20\x80", false},
+        {"\xF0\x90\x80\x80", true},  {"\xF0\x8F\xBF\xBF", false},
+        {"\xF4\x8F\xBF\xBF", true},  {"\xF4\x8F\xBF\xC0", false},
+        {"\xF4\x90\x80\x80", false}, {"\xF4\x80\x80\x80", true},
+        {"\xF4\xC0\x80\x80", false}, {"\xF5\x80\x80\x80", false},
+        {"\xF5\x8F\xBF\xBF", false}, {"\xF8\x88\x80\x80\x80", false},
+        {"\xED\x9F\xBF", true},      {"\xED\xA0\x80", false},
+        {"\xEE\x80\x80", true},      {"\xE0\xA0\x80", true},
+        {"\xE0\x9F\xBF", false},     {"\xC2\x80", true},
+        {"\xC1\xBF", false},         {"\xDF\xBF", true},
+        {"\xDF\xC0", false},         {"\xDF\x7F", false},
+    };
+    for (char const* const codePage : {"UTF-8", "GB18030"}) {
+        for (Row const& row : rows) {
+            std::string const text = row.text;
+            EXPECT_EQ(Converted(codePage, text).has_value(), row.wellFormed) << testing::PrintToString(text);
+            EXPECT_EQ(Converted(codePage, "ab" + text + "cd").has_value(), row.wellFormed);
+            EXPECT_EQ(Converted(codePage, std::string(70, 'x') + text).has_value(), row.wellFormed);
+        }
+    }
+}
+
+// --- cost ------------------------------------------------------------------------------------------------------------
+
+// Each 256 bytes of the result were a call, and a copy.
+TEST(LongTexts, AreConvertedInFewCalls) {
+    std::string const given(std::size_t{1} << 20, '\xE9');
+    icuTracker const latin({false, "en_US.ISO-8859-1"});
+    std::string text;
+    ASSERT_TRUE(latin.ToU8("a", text)); // makes the converters
+    conversions = 0;
+    ASSERT_TRUE(latin.ToU8(given, text));
+    EXPECT_EQ(text.size(), 2 * given.size());
+    EXPECT_GT(conversions, 0U);
+    EXPECT_LE(conversions, 8U);
+    std::string bytes;
+    conversions = 0;
+    ASSERT_TRUE(latin.FromU8(text, bytes));
+    EXPECT_EQ(bytes, given);
+    EXPECT_GT(conversions, 0U);
+    EXPECT_LE(conversions, 4U);
+
+    // A result of several times the length.
+    std::string wide;
+    for (int i = 0; i < 100000; ++i) {
+        wide += "日a";
+    }
+    icuTracker const escaping({false, "ja_JP.ISO-2022-JP"});
+    conversions = 0;
+    ASSERT_TRUE(escaping.FromU8(wide, bytes));
+    EXPECT_GT(bytes.size(), 2 * wide.size());
+    EXPECT_LE(conversions, 8U);
+    conversions = 0;
+    ASSERT_TRUE(escaping.ToU8(bytes, text));
+    EXPECT_EQ(text, wide);
+    EXPECT_LE(conversions, 4U);
+}
+
+// Wherever the room for the result ends: inside a character, before an escape, at the very end.
+TEST(LongTexts, OfEveryLengthAreConvertedWhole) {
+    for (char const* const locale :
+         {"en_US.ISO-8859-1", "ja_JP.ISO-2022-JP", "ja_JP.SJIS", "zh_CN.GB18030", "C.UTF-8"}) {
+        icuTracker const tracker({false, locale});
+        std::string const unit = std::string(locale) == "en_US.ISO-8859-1" ? "é" : "日a本";
+        std::string text;
+        for (int units = 0; units < 200; ++units) {
+            std::string bytes;
+            std::string back;
+            ASSERT_TRUE(tracker.FromU8(text, bytes)) << locale << units;
+            ASSERT_TRUE(tracker.ToU8(bytes, back)) << locale << units;
+            ASSERT_EQ(back, text) << locale << units;
+            text += unit;
+        }
+    }
+}
+
+TEST(LongTexts, MayBeTheirOwnOutput) {
+    icuTracker const latin({false, "en_US.ISO-8859-1"});
+    std::string text(100000, '\xE9');
+    ASSERT_TRUE(latin.ToU8(text, text));
+    EXPECT_EQ(text.size(), 200000U);
+    ASSERT_TRUE(latin.FromU8(text, text));
+    EXPECT_EQ(text, std::string(100000, '\xE9'));
+    text += "\xC3\xA9";
+    EXPECT_FALSE(latin.FromU8(text, text));
+    EXPECT_EQ(text.size(), 100002U);
+}
