@@ -1,5 +1,10 @@
 #include "omcell/OmPartedText.h"
 
+#include "omcell/OmComposite.h"
+#include "omcell/OmMessage.h"
+#include "omcell/OmValue.h"
+#include "omcell/OmVariable.h"
+#include "omcell/detail/Belonging.h"
 #include "omcell/detail/Ordering.h"
 
 #include <algorithm>
@@ -22,6 +27,13 @@ OmPartedText* AsParted(OmCellText* text) { return dynamic_cast<OmPartedText*>(te
 OmPartedText const* AsParted(OmCellText const* text) { return dynamic_cast<OmPartedText const*>(text); }
 
 bool SameClass(OmCellText const& text, OmCellText const& other) { return typeid(text) == typeid(other); }
+
+/// Whether the text is just of one of the library's kinds with parts.
+bool IsOfOurKinds(OmCellText const& text) {
+    std::type_info const* const kind = &typeid(text);
+    return kind == &typeid(OmComposite) || kind == &typeid(OmValue) || kind == &typeid(OmVariable) ||
+           kind == &typeid(OmMessage);
+}
 
 template <typename T>
 T TakeLast(std::vector<T>& stack) {
@@ -281,6 +293,38 @@ icuTracker* OmPartedText::SetTracker(icuTracker* tracker) {
         }
     }
     return tracker;
+}
+
+template <typename See>
+bool OmPartedText::AllParts(See see) const {
+    std::vector<OmPartedText const*> pending{this};
+    std::vector<Part> parts;
+    while (!pending.empty()) {
+        OmPartedText const* const text = TakeLast(pending);
+        parts.clear();
+        text->ListParts(parts);
+        for (Part const& part : parts) {
+            if (*part.slot == nullptr) {
+                continue;
+            }
+            if (!see(**part.slot)) {
+                return false;
+            }
+            if (OmPartedText const* const parted = AsParted(*part.slot)) {
+                pending.push_back(parted);
+            }
+        }
+    }
+    return true;
+}
+
+bool OmPartedText::IsOurs() const {
+    return IsOfOurKinds(*this) &&
+           AllParts([](OmCellText const& part) { return om_detail::Belonging::IsPlain(part) || IsOfOurKinds(part); });
+}
+
+bool OmPartedText::HasPart(OmCellText const& text) const {
+    return !AllParts([&text](OmCellText const& part) { return &part != &text; });
 }
 
 // --- destruction -----------------------------------------------------------------------------------------------------

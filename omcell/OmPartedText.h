@@ -11,6 +11,10 @@
 #include <utility>
 #include <vector>
 
+namespace om_detail {
+struct Belonging;
+}
+
 /// Base of the kinds that are put together from other texts: OmComposite, OmVariable, OmValue and OmMessage.
 ///
 /// A parted text owns its parts: clones in its own region, destroyed with it. Parts may be parted texts again, to any
@@ -144,8 +148,17 @@ protected:
     virtual short CompareOwn(OmPartedText const& sameKind) const;
 
 private:
+    friend struct om_detail::Belonging;
     struct Step;
     class Walk;
+
+    /// Calls `see(OmCellText const&)` for every part at every depth, until it says no. Whether it never did.
+    template <typename See>
+    bool AllParts(See see) const;
+    /// Whether neither the text nor a part at any depth is of a program's own kind.
+    bool IsOurs() const;
+    /// Whether the text is one of the parts, at any depth.
+    bool HasPart(OmCellText const& text) const;
 
     std::string PutTogether(Form form) const;
     void AddSteps(OmPartedText const& sameKind, std::vector<Step>& steps) const;

@@ -59,8 +59,8 @@ void OmDimensionNode::Text(OmCellText const& text) {
     OmCellText* const clone = text.Clone(Region());
     if (clone != _text) {
         _region->BeforeEdit();
-        delete _text;
-        _text = clone;
+        OmCellText* const old = std::exchange(_text, clone);
+        delete old;
     }
 }
 

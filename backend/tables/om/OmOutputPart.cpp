@@ -2,19 +2,25 @@
 
 #include "backend/tables/Assert.h"
 #include "omcell/OmCellText.h"
+#include "omcell/detail/Belonging.h"
 
-OmOutputPart::OmOutputPart(OmCellText const& title) : _title(title.Clone(nullptr)) {}
+#include <utility>
+
+OmOutputPart::OmOutputPart(OmCellText const& title)
+    : _title(title.Clone(nullptr)), _titleIsItsOwnClone(_title == &title) {}
 
 OmOutputPart::~OmOutputPart() {
     delete _title;
     _title = nullptr;
 }
 
+bool OmOutputPart::TakesTitle(OmCellText const& title) {
+    return OM_HARDENED((om_detail::HeldPlace{_title, _titleIsItsOwnClone}.Takes(&title)), "title != held",
+                       "backend/tables/om/OmOutputPart", __LINE__);
+}
+
 void OmOutputPart::ReplaceTitle(OmCellText const& title) {
-    if (!OM_HARDENED(&title != _title, "title != held", "backend/tables/om/OmOutputPart", __LINE__)) {
-        return;
+    if (TakesTitle(title)) {
+        om_detail::HeldPlace{_title, _titleIsItsOwnClone}.Put(&title, nullptr);
     }
-    delete _title;
-    _title = nullptr;
-    _title = title.Clone(nullptr);
 }

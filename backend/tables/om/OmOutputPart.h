@@ -59,15 +59,22 @@ protected:
     OmOutputPart(OmOutputPart const&) = default;
     OmOutputPart& operator=(OmOutputPart const&) = default;
 
-    /// Destroys the title, then puts a clone of `title` (made in the default heap) in its place. REQUIRES:
-    /// `title` is not the part's own (hardened check "title != held"; when its handler returns, the title stays).
+    /// Destroys the title, then puts a clone of `title` (made in the default heap) in its place. Where both are of the
+    /// library's own kinds, to the last part, the clone is made first, and `title` may be the part's own or a part of
+    /// it. A title whose `Clone` gives itself stays when it is given again.
+    /// REQUIRES: `TakesTitle(title)`; when its handler returns, the title stays.
     void ReplaceTitle(OmCellText const& title);
+
+    /// Whether `title` can be the next title: where a program's own kind is among the two or their parts, it is neither
+    /// the part's own title nor a part of that. Otherwise reported (hardened check "title != held").
+    bool TakesTitle(OmCellText const& title);
 
 private:
     OmCellText* _title;
     void* _userData = nullptr;
     bool _visible = true;
     bool _expanded = true;
+    bool _titleIsItsOwnClone;
 };
 
 /// Called by `OmOutputPart::Accept`. The order of the overloads is the order of the virtual slots; there is no virtual

@@ -160,13 +160,13 @@ OmCellText* OmPivotTable::CornerText() { return _my->cornerText; }
 
 OmCellText const* OmPivotTable::CornerText() const { return _my->cornerText; }
 
-void OmPivotTable::CornerText(OmCellText const* text) { _my->ReplaceText(_my->cornerText, text); }
+void OmPivotTable::CornerText(OmCellText const* text) { _my->ReplaceText(_my->CornerPlace(), text); }
 
 OmCellText* OmPivotTable::Caption() { return _my->caption; }
 
 OmCellText const* OmPivotTable::Caption() const { return _my->caption; }
 
-void OmPivotTable::Caption(OmCellText const* text) { _my->ReplaceText(_my->caption, text); }
+void OmPivotTable::Caption(OmCellText const* text) { _my->ReplaceText(_my->CaptionPlace(), text); }
 
 OmCellText const* OmPivotTable::GetTableTitle() const { return _my->tableTitle; }
 
@@ -177,7 +177,7 @@ OmCellText& OmPivotTable::TableTitle() {
     return *_my->tableTitle;
 }
 
-void OmPivotTable::SetTableTitle(OmCellText const& title) { _my->ReplaceText(_my->tableTitle, &title); }
+void OmPivotTable::SetTableTitle(OmCellText const& title) { _my->ReplaceText(_my->TitlePlace(), &title); }
 
 OmCellText* OmPivotTable::TemplateName() { return _my->templateName; }
 

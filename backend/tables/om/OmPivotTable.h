@@ -127,10 +127,16 @@ public:
     OmCellText* Cell(std::vector<int> const& index);
 
     /// Stores a clone of `cell`, or nothing in the place when it is null. The old cell is destroyed before the new one
-    /// is cloned (after, when a cell is stored into its own place); its metadata, if any, goes over to the new one. The
-    /// clone gets the table's tracker. Returns true, or false when the cell limit is exceeded: the table is then
-    /// scratched and nothing is stored. Every call counts towards the limit, whatever comes of it. Throws as the
-    /// look-up does; a table without dimensions takes no cell.
+    /// is cloned; its metadata, if any, goes over to the new one. The clone gets the table's tracker. Returns true, or
+    /// false when the cell limit is exceeded: the table is then scratched and nothing is stored. Every call counts
+    /// towards the limit, whatever comes of it. Throws as the look-up does; a table without dimensions takes no cell.
+    ///
+    /// The clone is made first where both are of the library's own kinds, to the last part (when there is no memory the
+    /// old cell stays), and where a cell is stored into its own place (nothing happens when it is its own clone).
+    /// REQUIRES: otherwise `cell` is no part of the old cell (hardened check "text != held"; when its handler returns,
+    /// the old cell stays). A program's text may call any operation of the table while it goes, is cloned or gets its
+    /// tracker. What the call stores in the same place before the clone is there is replaced by it; what it stores
+    /// there afterwards stays.
     bool Cell(std::vector<int> const& index, OmCellText const* cell);
     bool Cell(std::vector<int> const& index, OmCellText const& cell);
 
@@ -157,8 +163,16 @@ public:
 
     // --- texts -------------------------------------------------------------------------------------------------------
 
-    // Each setter destroys the old text, then clones the new one and gives it the table's tracker.
-    // REQUIRES: the text is not the one that the table holds there (hardened check "text != held").
+    // Each setter destroys the old text, then clones the new one and gives it the table's tracker. Where both texts are
+    // of the library's own kinds, to the last part, the clone is made first; the new text may then be the old one or a
+    // part of it, and when there is no memory the old one stays. A text whose `Clone` gives itself may be set again; it
+    // stays.
+    // REQUIRES: a text that is of a program's own kind, or has such a part or takes the place of one that is or has, is
+    // neither the one that the table holds there nor a part of it (hardened check "text != held"; when its handler
+    // returns, the text stays).
+    // A program's text may call any operation of the table while it goes, is cloned or gets its tracker; the place is
+    // empty meanwhile. What the call puts in the same place before the clone is there is replaced by it; what it puts
+    // there afterwards stays.
 
     /// Null until set; null clears.
     OmCellText* CornerText();

@@ -10,6 +10,9 @@ OmProcedure::~OmProcedure() = default;
 void OmProcedure::Accept(Visitor& visitor) { visitor.Visit(*this); }
 
 void OmProcedure::setOutlineText(OmCellText const& text) {
+    if (!TakesTitle(text)) {
+        return;
+    }
     _command = text.AsString();
     ReplaceTitle(text);
 }

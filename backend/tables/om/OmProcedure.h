@@ -40,9 +40,10 @@ public:
     OmCellText::ModeType TableValueDisplay() const { return _tableValueDisplay; }
     void TableValueDisplay(OmCellText::ModeType mode) { _tableValueDisplay = mode; }
 
-    /// Sets the command to the text's string, then destroys the title and puts a clone of the text in its place. The
-    /// text is not the procedure's own title (hardened check "title != held"; when its handler returns, the title
-    /// stays).
+    /// Sets the command to the text's string, then destroys the title and puts a clone of the text in its place. Where
+    /// both are of the library's own kinds, to the last part, the clone is made first, and the text may be the
+    /// procedure's own title or a part of it. Otherwise it is neither (hardened check "title != held"; when its handler
+    /// returns, command and title stay).
     void setOutlineText(OmCellText const& text);
 
 private:

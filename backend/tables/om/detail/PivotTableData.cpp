@@ -6,11 +6,21 @@
 #include "omcell/detail/PlainText.h"
 
 #include <algorithm>
+#include <limits>
 #include <memory>
+#include <utility>
+
+using om_detail::Belonging;
+using CellStore = OmPivotTable::CellStore;
 
 namespace {
 
 [[maybe_unused]] constexpr char Source[] = "backend/tables/om/OmPivotTable";
+
+/// A copy of the text's metadata; null when it has none or there is no text.
+std::unique_ptr<OmCellMetaData> CopyOfMeta(OmCellText const* text) {
+    return text != nullptr && text->hasMeta() ? std::make_unique<OmCellMetaData>(*text->getMeta()) : nullptr;
+}
 
 void RemoveGaps(PuppetVector<short>& axis) {
     axis.erase(std::remove(axis.begin(), axis.end(), static_cast<short>(-1)), axis.end());
@@ -45,15 +55,12 @@ OmPivotTable::Data::~Data() {
     delete u8Tracker;
 }
 
-void OmPivotTable::Data::ReplaceText(OmCellText*& held, OmCellText const* text) {
-    if (!OM_HARDENED(text == nullptr || text != held, "text != held", Source, __LINE__)) {
+void OmPivotTable::Data::ReplaceText(om_detail::HeldPlace const& held, OmCellText const* text) {
+    if (!OM_HARDENED(held.Takes(text), "text != held", Source, __LINE__)) {
         return;
     }
-    delete held;
-    held = nullptr;
-    if (text != nullptr) {
-        held = text->Clone(this);
-        held->Accept(helper);
+    if (OmCellText* const clone = held.Put(text, this)) {
+        clone->Accept(helper);
     }
 }
 
@@ -100,8 +107,8 @@ void OmPivotTable::Data::Store(std::vector<int> const& index, OmCellText const* 
     }
     CheckIndex(index);
     CellStore::Place const place = cells.Grow(index.data());
-    if (cell == nullptr || CellStore::CellAt(place) != nullptr) {
-        Replace(place, index, cell);
+    if (OmCellText* const held = CellStore::CellAt(place)) {
+        Replace(place, index, cell, *held);
         return;
     }
     if (OmStringCell const* const plain = om_detail::PlainText::Of(cell)) {
@@ -112,49 +119,91 @@ void OmPivotTable::Data::Store(std::vector<int> const& index, OmCellText const* 
         clone->OmCellText::SetTracker(helper.tracker);
         return;
     }
-    std::uint64_t const changes = cells.Changes();
-    auto clone = std::unique_ptr<OmCellText>(cell->Clone(this));
-    cells.Put(changes == cells.Changes() ? place : PlaceAgain(index), clone.get());
-    clone.release()->Accept(helper);
-}
-
-// A foreign text may use the table while it goes or is cloned, which moves places, and may even add a dimension.
-OmPivotTable::CellStore::Place OmPivotTable::Data::PlaceAgain(std::vector<int> index) {
-    index.resize(cells.Levels(), 0);
-    return cells.Grow(index.data());
-}
-
-void OmPivotTable::Data::Replace(CellStore::Place place, std::vector<int> const& index, OmCellText const* cell) {
-    std::uint64_t changes = cells.Changes();
-    auto const put = [&](OmCellText* text) {
-        if (changes != cells.Changes()) {
-            place = PlaceAgain(index);
-            changes = cells.Changes();
-        }
-        cells.Put(place, text);
-    };
-    OmCellText* const old = CellStore::CellAt(place);
-
-    std::unique_ptr<OmCellMetaData> saved;
-    if (old != nullptr && old->hasMeta()) {
-        saved = std::make_unique<OmCellMetaData>(*old->getMeta());
+    if (cell != nullptr) {
+        Spot spot{place, cells.Changes()};
+        std::unique_ptr<OmCellText> made(cell->Clone(this));
+        Settle(spot, index, std::move(made), nullptr);
     }
-    // The place is empty while the old text goes and the new one comes, so that a failing clone leaves no dead pointer.
-    // A cell that is stored into its own place is the one case that is cloned before.
-    std::unique_ptr<OmCellText> made(cell != nullptr && cell == old ? cell->Clone(this) : nullptr);
-    put(nullptr);
-    delete old;
-    if (cell == nullptr) {
+}
+
+CellStore::Place OmPivotTable::Data::PlaceOf(Spot& spot, std::vector<int> const& index) {
+    if (spot.changes != cells.Changes()) {
+        spot.place = cells.Grow(Widened(index).data());
+        spot.changes = cells.Changes();
+    }
+    return spot.place;
+}
+
+std::vector<int> OmPivotTable::Data::Widened(std::vector<int> index) const {
+    index.resize(cells.Levels(), 0);
+    return index;
+}
+
+void OmPivotTable::Data::Replace(CellStore::Place place, std::vector<int> const& index, OmCellText const* cell,
+                                 OmCellText& held) {
+    if (Belonging::IsClonedFirst(cell, &held)) {
+        ReplaceOurs(place, *cell, held);
         return;
     }
-    if (made == nullptr) {
-        made.reset(cell->Clone(this));
+    bool const isOwnPlace = cell == &held;
+    if (!OM_HARDENED(isOwnPlace || cell == nullptr || !Belonging::BelongsTo(*cell, held), "text != held", Source,
+                     __LINE__)) {
+        return;
     }
-    put(made.get());
+    Spot spot{place, cells.Changes()};
+    std::unique_ptr<OmCellMetaData> kept = CopyOfMeta(&held);
+    std::unique_ptr<OmCellText> made(isOwnPlace ? cell->Clone(this) : nullptr);
+    if (made.get() == &held) {
+        static_cast<void>(made.release()); // its own clone, which stays
+        return;
+    }
+    // The place is empty while the old text goes and the new one comes, so that a failing clone leaves no dead pointer.
+    CellStore::Place const here = PlaceOf(spot, index);
+    OmCellText* const old = CellStore::CellAt(here);
+    cells.Put(here, nullptr);
+    delete old;
+    if (cell != nullptr) {
+        if (made == nullptr) {
+            made.reset(cell->Clone(this));
+        }
+        Settle(spot, index, std::move(made), std::move(kept));
+    }
+}
+
+// Nothing is changed before all is made, and no program's text sees the order.
+void OmPivotTable::Data::ReplaceOurs(CellStore::Place place, OmCellText const& cell, OmCellText& held) {
+    std::unique_ptr<OmCellText> made(cell.Clone(this));
+    made->Accept(helper);
+    if (held.hasMeta()) {
+        made->setMeta(held.getMeta());
+    }
+    cells.Put(place, made.release());
+    delete &held;
+}
+
+void OmPivotTable::Data::Settle(Spot& spot, std::vector<int> const& index, std::unique_ptr<OmCellText> made,
+                                std::unique_ptr<OmCellMetaData> kept) {
+    CellStore::Place const place = PlaceOf(spot, index);
+    OmCellText* const before = CellStore::CellAt(place);
+    if (before == made.get()) {
+        static_cast<void>(made.release());
+        return;
+    }
+    if (kept == nullptr) {
+        kept = CopyOfMeta(before);
+    }
     OmCellText* const clone = made.release();
-    clone->Accept(helper);
-    if (saved != nullptr) {
-        clone->setMeta(saved.get());
+    cells.Put(place, clone);
+    delete before;
+    if (before == nullptr || Find(Widened(index)) == clone) {
+        clone->Accept(helper);
+    }
+    if (kept == nullptr) {
+        return;
+    }
+    OmCellText* const now = Find(Widened(index));
+    if (now != nullptr && (now == clone || !now->hasMeta())) {
+        now->setMeta(kept.get());
     }
 }
 
@@ -173,9 +222,7 @@ void OmPivotTable::Data::Remove(std::vector<int> const& index) {
     if (cells.Levels() == index.size()) {
         cells.DestroyEmptyNodes(index.data());
     } else {
-        std::vector<int> wider = index;
-        wider.resize(cells.Levels(), 0);
-        cells.DestroyEmptyNodes(wider.data());
+        cells.DestroyEmptyNodes(Widened(index).data());
     }
 }
 

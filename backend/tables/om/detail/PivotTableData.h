@@ -7,12 +7,14 @@
 #include "backend/tables/om/detail/CellStore.h"
 #include "backend/tables/om/detail/ICUHelper.h"
 #include "omcell/OmMemoryRegion.h"
+#include "omcell/detail/Belonging.h"
 #include "platform/BackendSettings.h"
 #include "platform/icuTracker.h"
 
 #include <cstddef>
 #include <cstdint>
 #include <map>
+#include <memory>
 #include <new>
 #include <string>
 #include <vector>
@@ -26,9 +28,12 @@ public:
     Data(OmCellText const& itsTemplateName, bool itHasSplits);
     ~Data();
 
-    /// Destroys the held text, then puts a clone of `text` (nothing when null) in its place and visits it.
-    /// REQUIRES: `text` is not the held one (hardened check "text != held").
-    void ReplaceText(OmCellText*& held, OmCellText const* text);
+    /// Puts a clone of `text` (nothing when null) there and visits it.
+    /// REQUIRES: the place takes it (hardened check "text != held").
+    void ReplaceText(om_detail::HeldPlace const& held, OmCellText const* text);
+    om_detail::HeldPlace CornerPlace() { return {cornerText, cornerIsItsOwnClone}; }
+    om_detail::HeldPlace CaptionPlace() { return {caption, captionIsItsOwnClone}; }
+    om_detail::HeldPlace TitlePlace() { return {tableTitle, titleIsItsOwnClone}; }
 
     /// A dimension in this region, made from a root value or as a copy of another dimension; not in the table yet.
     template <typename Source>
@@ -87,10 +92,30 @@ public:
         }
         return nullptr;
     }
+    /// A text of a program's kind may use the table while it is cloned, visited or destroyed: store, delete, add a
+    /// dimension. So after each such moment a place is asked for again, and what stands in it then is what counts: a
+    /// cell that was stored there meanwhile is replaced by a clone that comes after it, and a cell that was stored
+    /// there after the clone stays.
     void Store(std::vector<int> const& index, OmCellText const* cell);
-    CellStore::Place PlaceAgain(std::vector<int> index);
-    void Replace(CellStore::Place place, std::vector<int> const& index, OmCellText const* cell);
     void Remove(std::vector<int> const& index);
+
+    /// A place, with what tells whether it moved.
+    struct Spot {
+        CellStore::Place place;
+        std::uint64_t changes;
+    };
+    CellStore::Place PlaceOf(Spot& spot, std::vector<int> const& index);
+    /// The index that the position has now: dimensions that were added since give it 0 each.
+    std::vector<int> Widened(std::vector<int> index) const;
+
+    /// Replaces `held`, which stands in the place. A text that belongs to it is cloned first where all are of our own
+    /// kinds, and where it is `held` itself; otherwise it is reported (hardened check "text != held").
+    void Replace(CellStore::Place place, std::vector<int> const& index, OmCellText const* cell, OmCellText& held);
+    void ReplaceOurs(CellStore::Place place, OmCellText const& cell, OmCellText& held);
+    /// Puts the text in its place, destroys what stands there, visits the text and gives it the metadata `kept`, or
+    /// else that of what it replaced.
+    void Settle(Spot& spot, std::vector<int> const& index, std::unique_ptr<OmCellText> made,
+                std::unique_ptr<OmCellMetaData> kept);
 
     void ReindexAxis();
 
@@ -155,6 +180,9 @@ public:
     std::map<std::uint64_t, std::uint16_t> emptyCellStyles;
     std::vector<OmCellProperties> cellStyles;
     std::string miscProperties;
+    bool cornerIsItsOwnClone = false;
+    bool captionIsItsOwnClone = false;
+    bool titleIsItsOwnClone = false;
 };
 
 #endif

@@ -178,8 +178,9 @@ TEST(OmProcedure, AssignmentSharesAndFreesNothing) {
 }
 
 #if OMTREE_HARDENED
-TEST(OmProcedure, OwnTitleIsNoOutlineText) {
-    OmProcedure procedure(OmStringCell("Averages"), "en", "1252", "en_US");
+TEST(OmProcedure, OwnTitleOfAForeignKindIsNoOutlineText) {
+    ForeignLog log;
+    OmProcedure procedure(ForeignText(log, "Averages"), "en", "1252", "en_US");
     omtest::AssertionCatcher const caught(omtest::AfterReport::Return);
     procedure.setOutlineText(*procedure.Title());
     ASSERT_EQ(caught.Failures().size(), 1u);

@@ -1,0 +1,419 @@
+// Defects in what a table, its footnotes and a procedure do with the texts that they are handed.
+#include "backend/tables/om/FormatArea.h"
+#include "backend/tables/om/OmDimension.h"
+#include "backend/tables/om/OmPivotTable.h"
+#include "backend/tables/om/OmProcedure.h"
+#include "omcell/OmBlank.h"
+#include "omcell/OmComposite.h"
+#include "omcell/OmMessage.h"
+#include "omcell/OmNumber.h"
+#include "omcell/OmValue.h"
+#include "omcell/OmVariable.h"
+#include "platform/BackendSettings.h"
+#include "platform/icuTracker.h"
+#include "tests/support/ActingText.h"
+#include "tests/support/AssertionCatcher.h"
+#include "tests/support/ForeignText.h"
+#include "tests/support/TableProbe.h"
+
+#include <gtest/gtest.h>
+
+#include <cstddef>
+#include <cstring>
+#include <functional>
+#include <limits>
+#include <memory>
+#include <new>
+#include <ostream>
+#include <stdexcept>
+#include <string>
+#include <utility>
+#include <vector>
+
+namespace {
+
+using omtest::ActingText;
+using omtest::Acts;
+using omtest::AfterReport;
+using omtest::AssertionCatcher;
+using omtest::CellsOf;
+using omtest::ForeignLog;
+using omtest::ForeignText;
+using omtest::SelfCloning;
+using omtest::Text;
+
+/// A table with a dimension, a procedure and a footnote: holders of texts.
+struct Holders {
+    OmPivotTable table{Text("title"), Text("template"), false};
+    OmProcedure procedure{Text("first"), "en", "1252", "en_US"};
+    OmFootnote footnote{};
+
+    Holders() { table.AddDimension(Text("d")); }
+};
+
+/// One place that holds a text.
+struct Place {
+    char const* name;
+    OmCellText const* (*read)(Holders& holders);
+    void (*write)(Holders& holders, OmCellText const& text);
+    bool clonesFirst = false; ///< whatever the texts are
+};
+
+std::ostream& operator<<(std::ostream& out, Place const& place) { return out << place.name; }
+
+std::vector<Place> Places() {
+    return {{"Cell", [](Holders& h) -> OmCellText const* { return h.table.Cell({2}); },
+             [](Holders& h, OmCellText const& text) { h.table.Cell({2}, text); }},
+            {"CornerText", [](Holders& h) -> OmCellText const* { return h.table.CornerText(); },
+             [](Holders& h, OmCellText const& text) { h.table.CornerText(&text); }},
+            {"Caption", [](Holders& h) -> OmCellText const* { return h.table.Caption(); },
+             [](Holders& h, OmCellText const& text) { h.table.Caption(&text); }},
+            {"TableTitle", [](Holders& h) -> OmCellText const* { return h.table.GetTableTitle(); },
+             [](Holders& h, OmCellText const& text) { h.table.SetTableTitle(text); }},
+            {"OutlineText", [](Holders& h) -> OmCellText const* { return h.procedure.Title(); },
+             [](Holders& h, OmCellText const& text) { h.procedure.setOutlineText(text); }},
+            {"CategoryText", [](Holders& h) -> OmCellText const* { return h.table.Dimension(0).Root().Value().Text(); },
+             [](Holders& h, OmCellText const& text) { h.table.Dimension(0).Root().Value().Text(text); }, true}};
+}
+
+class HeldText : public ::testing::TestWithParam<Place> {
+protected:
+    OmCellText const* Read() { return GetParam().read(holders); }
+    void Write(OmCellText const& text) { GetParam().write(holders, text); }
+
+    Acts acts{};
+    ForeignLog log{};
+    Holders holders{};
+};
+
+INSTANTIATE_TEST_SUITE_P(All, HeldText, ::testing::ValuesIn(Places()),
+                         [](auto const& place) { return std::string(place.param.name); });
+
+/// A text with parts, and a part of it.
+struct PartedCase {
+    std::function<std::unique_ptr<OmCellText>()> make;
+    std::function<OmCellText const*(OmCellText const& held)> part;
+    char const* reads;
+};
+
+OmCellText const* ComponentOf(OmCellText const& text, std::size_t position) {
+    return dynamic_cast<OmComposite const&>(text).Components().Root().Child(position).Value();
+}
+
+std::unique_ptr<OmComposite> CompositeOf(std::vector<OmCellText const*> const& parts) {
+    auto composite = std::make_unique<OmComposite>();
+    for (OmCellText const* const part : parts) {
+        composite->Append(*part);
+    }
+    return composite;
+}
+
+std::unique_ptr<OmComposite> AAndB() {
+    OmStringCell const a("a");
+    OmStringCell const b("b");
+    return CompositeOf({&a, &b});
+}
+
+std::vector<PartedCase> PartedCases() {
+    return {
+        {[] { return AAndB(); }, [](OmCellText const& held) { return ComponentOf(held, 1); }, "b"},
+        {[] {
+             std::unique_ptr<OmComposite> const inner = AAndB();
+             return CompositeOf({inner.get(), inner.get()});
+         },
+         [](OmCellText const& held) { return ComponentOf(*ComponentOf(held, 1), 0); }, "a"},
+        {[] {
+             auto message = std::make_unique<OmMessage>("{0} of {7}");
+             message->Fill(0, Text("a"));
+             message->Fill(7, Text("b"));
+             return message;
+         },
+         [](OmCellText const& held) { return dynamic_cast<OmMessage const&>(held).Filler(7); }, "b"},
+        {[] { return std::make_unique<OmValue>(1.5, "label"); },
+         [](OmCellText const& held) { return &dynamic_cast<OmValue const&>(held).Value(); }, "1.5"},
+        {[] { return std::make_unique<OmValue>(1.5, "label"); },
+         [](OmCellText const& held) { return dynamic_cast<OmValue const&>(held).Label(); }, "label"},
+        {[] { return std::make_unique<OmVariable>("name", "label"); },
+         [](OmCellText const& held) { return &dynamic_cast<OmVariable const&>(held).Name(); }, "name"},
+        {[] { return std::make_unique<OmVariable>("name", "label"); }, [](OmCellText const& held) { return &held; },
+         "label"},
+        {[] { return std::make_unique<OmStringCell>("plain"); }, [](OmCellText const& held) { return &held; }, "plain"},
+    };
+}
+
+// --- a text is handed back to its holder -----------------------------------------------------------------------------
+
+// The held text went first, and the part with it.
+TEST_P(HeldText, OfOurKindsMayBeReplacedByItselfOrAPartOfIt) {
+    AssertionCatcher const caught(AfterReport::Return);
+    for (PartedCase const& parted : PartedCases()) {
+        Write(*parted.make());
+        Write(*parted.part(*Read()));
+        ASSERT_NE(Read(), nullptr);
+        EXPECT_EQ(Read()->AsString(), parted.reads);
+    }
+    EXPECT_EQ(caught.Reports(), std::vector<std::string>());
+}
+
+TEST_P(HeldText, PartAtAnyDepthIsFound) {
+    int const depth = 100'000;
+    auto* innermost = new OmComposite();
+    OmComposite* text = innermost;
+    for (int k = 0; k < depth; ++k) {
+        auto* const outer = new OmComposite();
+        OmCellText* const inner = text;
+        outer->Components().AddChild(outer->Components().Root(), inner);
+        text = outer;
+    }
+    innermost->Append(Text("deep"));
+    Write(*text);
+    delete text;
+    OmCellText const* part = Read();
+    for (int k = 0; k < depth; ++k) {
+        part = static_cast<OmComposite const*>(part)->Components().Root().Child(0).Value();
+    }
+    Write(*part);
+    EXPECT_EQ(Read()->AsString(), "deep");
+}
+
+#if OMTREE_HARDENED
+
+TEST_P(HeldText, PartBesideAForeignOneIsReportedAndTheTextStays) {
+    OmStringCell const a("a");
+    ForeignText const foreign(log, "f");
+    std::unique_ptr<OmComposite> const inner = CompositeOf({&a, &foreign});
+    Write(*CompositeOf({&a, inner.get()}));
+    OmCellText const* const held = Read();
+    for (OmCellText const* const part :
+         {ComponentOf(*held, 0), ComponentOf(*ComponentOf(*held, 1), 0), ComponentOf(*ComponentOf(*held, 1), 1)}) {
+        if (GetParam().clonesFirst) {
+            break;
+        }
+        AssertionCatcher const caught(AfterReport::Return);
+        log.Take();
+        Write(*part);
+        ASSERT_EQ(caught.Failures().size(), 1U);
+        EXPECT_EQ(caught.Failures()[0].condition.substr(caught.Failures()[0].condition.find(' ')), " != held");
+        EXPECT_EQ(log.Take(), std::vector<std::string>());
+        EXPECT_EQ(Read(), held);
+    }
+    EXPECT_EQ(Read()->AsString(), "aaf");
+    if (GetParam().clonesFirst) {
+        Write(*ComponentOf(*Read(), 0));
+        EXPECT_EQ(Read()->AsString(), "a");
+    }
+}
+
+TEST(ProcedureTitle, RefusedOutlineTextLeavesTheCommand) {
+    ForeignLog log;
+    OmProcedure procedure(ForeignText(log, "title"), "en", "1252", "en_US");
+    procedure.SetCommand("command");
+    AssertionCatcher const caught(AfterReport::Return);
+    procedure.setOutlineText(*procedure.Title());
+    EXPECT_EQ(caught.Failures().size(), 1U);
+    EXPECT_EQ(procedure.Command(), "command");
+    EXPECT_EQ(procedure.Title()->AsString(), "title");
+}
+
+#endif
+
+// A foreign text beside ours sees the order, so it is the class's own.
+TEST_P(HeldText, ForeignPartOfTheNewTextSeesTheOldOneGoFirst) {
+    ForeignText const foreign(log, "f");
+    Write(Text("old"));
+    OmCellText const* whileCloned = nullptr;
+    acts.cloned = [&] { whileCloned = Read(); };
+    ActingText const acting(acts);
+    OmComposite* const text = new OmComposite();
+    OmCellText* const part = new ActingText(acts);
+    text->Components().AddChild(text->Components().Root(), part);
+    Write(*text);
+    delete text;
+    EXPECT_EQ(whileCloned != nullptr, GetParam().clonesFirst);
+    Write(Text("new"));
+}
+
+// --- a text is its own clone -----------------------------------------------------------------------------------------
+
+TEST_P(HeldText, TextThatIsItsOwnCloneMayBeGivenTwice) {
+    int destroyed = 0;
+    auto* const text = new SelfCloning(destroyed);
+    {
+        AssertionCatcher const caught(AfterReport::Return);
+        Write(*text);
+        Write(*text);
+        EXPECT_EQ(caught.Reports(), std::vector<std::string>());
+    }
+    EXPECT_EQ(destroyed, 0);
+    EXPECT_EQ(Read(), text);
+    Write(Text("other"));
+    EXPECT_EQ(destroyed, 1);
+    EXPECT_EQ(Read()->AsString(), "other");
+}
+
+// --- texts that use their holder while they are replaced -------------------------------------------------------------
+
+TEST_P(HeldText, WhatACloneSetsIsReplacedByIt) {
+    acts.cloned = [&] { Write(ActingText(acts, "inner")); };
+    Write(Text("old"));
+    Write(ActingText(acts, "outer"));
+    EXPECT_EQ(Read()->AsString(), "outer");
+    EXPECT_EQ(acts.alive, 1);
+    Write(Text("last"));
+    EXPECT_EQ(acts.alive, 0);
+}
+
+TEST_P(HeldText, WhatTheOldTextSetsWhileItGoesIsDestroyedOrStays) {
+    acts.gone = [&] { Write(ActingText(acts, "inner")); };
+    Write(ActingText(acts, "old"));
+    Write(Text("outer"));
+    ASSERT_NE(Read(), nullptr);
+    EXPECT_EQ(Read()->AsString(), GetParam().clonesFirst ? "inner" : "outer");
+    Write(Text("last"));
+    EXPECT_EQ(acts.alive, 0);
+}
+
+TEST_P(HeldText, OldTextThatAsksForItselfWhileItGoesDoesNotFindItself) {
+    OmCellText const* found = nullptr;
+    OmCellText const* old = nullptr;
+    acts.gone = [&] { found = Read(); };
+    Write(ActingText(acts, "old"));
+    old = Read();
+    Write(Text("new"));
+    EXPECT_NE(found, old);
+    EXPECT_EQ(Read()->AsString(), "new");
+}
+
+TEST_P(HeldText, WhatAVisitedTextSetsStays) {
+    if (GetParam().clonesFirst || GetParam().name == std::string("OutlineText")) {
+        GTEST_SKIP() << "does not visit";
+    }
+    acts.visited = [&] { Write(Text("inner")); };
+    Write(ActingText(acts, "outer"));
+    EXPECT_EQ(Read()->AsString(), "inner");
+    EXPECT_EQ(acts.alive, 0);
+}
+
+TEST_P(HeldText, WhatAFailingCloneSetStays) {
+    Write(Text("old"));
+    acts.cloned = [&] {
+        Write(Text("inner"));
+        throw std::bad_alloc();
+    };
+    EXPECT_THROW(Write(ActingText(acts, "outer")), std::bad_alloc);
+    ASSERT_NE(Read(), nullptr);
+    EXPECT_EQ(Read()->AsString(), "inner");
+    EXPECT_EQ(acts.alive, 0);
+}
+
+// What was stored meanwhile was overwritten and never destroyed.
+TEST(TableCells, CloneMayStoreIntoItsOwnEmptyPlace) {
+    Acts acts;
+    Holders holders;
+    OmCellMetaData meta;
+    meta.markers = {"m"};
+    acts.cloned = [&] {
+        holders.table.Cell({2}, ActingText(acts, "inner"));
+        holders.table.Cell({2})->setMeta(&meta);
+    };
+    holders.table.Cell({2}, ActingText(acts, "outer"));
+    EXPECT_EQ(CellsOf(holders.table), "(2)=outer");
+    EXPECT_EQ(acts.alive, 1);
+    EXPECT_EQ(holders.table.Cell({2})->getMarkers(), meta.markers);
+    holders.table.deleteCell({2});
+    EXPECT_EQ(acts.alive, 0);
+}
+
+// The metadata went to a text that was gone.
+TEST(TableCells, VisitedCellMayBeDeletedOrReplaced) {
+    for (bool const replaced : {true, false}) {
+        Acts acts;
+        Holders holders;
+        OmCellMetaData meta;
+        meta.markers = {"m"};
+        holders.table.Cell({2}, Text("old"));
+        holders.table.Cell({2})->setMeta(&meta);
+        acts.visited = [&] {
+            replaced ? static_cast<void>(holders.table.Cell({2}, Text("inner"))) : holders.table.deleteCell({2});
+        };
+        holders.table.Cell({2}, ActingText(acts, "outer"));
+        EXPECT_EQ(acts.alive, 0);
+        EXPECT_EQ(CellsOf(holders.table), replaced ? "(2)=inner" : "");
+        if (replaced) {
+            EXPECT_EQ(holders.table.Cell({2})->getMarkers(), meta.markers);
+        }
+    }
+}
+
+TEST(TableCells, VisitedCellMayAddADimension) {
+    Acts acts;
+    Holders holders;
+    OmCellMetaData meta;
+    meta.markers = {"m"};
+    holders.table.Cell({2}, Text("old"));
+    holders.table.Cell({2})->setMeta(&meta);
+    acts.visited = [&] { holders.table.AddDimension(Text("new")); };
+    holders.table.Cell({2}, ActingText(acts, "outer"));
+    EXPECT_EQ(CellsOf(holders.table), "(2,0)=outer");
+    EXPECT_EQ(holders.table.Cell({2, 0})->getMarkers(), meta.markers);
+}
+
+TEST(TableCells, CellClonedIntoItsOwnPlaceMayBeReplacedMeanwhile) {
+    Acts acts;
+    Holders holders;
+    acts.cloned = nullptr;
+    holders.table.Cell({2}, ActingText(acts, "old"));
+    acts.cloned = [&] { holders.table.Cell({3}, ActingText(acts, "beside")); };
+    holders.table.Cell({2}, holders.table.Cell({2}));
+    EXPECT_EQ(CellsOf(holders.table), "(2)=old (3)=beside");
+    EXPECT_EQ(acts.alive, 2);
+}
+
+// The third subscript was read from behind the index. What lies there is freed memory, filled here with a number that
+// shows.
+TEST(TableCells, PlaceIsFoundAgainByAWidenedIndex) {
+    Acts acts;
+    OmPivotTable table(Text("title"), Text("template"), false);
+    for (int k = 0; k < 4; ++k) {
+        table.AddDimension(Text("d"));
+    }
+    table.Cell({0, 0, 0, 0}, Text("first"));
+    acts.cloned = [&] {
+        table.AddDimension(Text("new"));
+        std::vector<std::vector<int>> filled(64, std::vector<int>(6, 3));
+        EXPECT_EQ(filled[63][5], 3);
+    };
+    table.Cell({1, 2, 3, 4}, ActingText(acts, "x"));
+    EXPECT_EQ(CellsOf(table), "(0,0,0,0,0)=first (1,2,3,4,0)=x");
+}
+
+TEST(TableCells, DeletedCellMayEmptyTheNodesAboveIt) {
+    for (bool const refill : {false, true}) {
+        Acts acts;
+        OmPivotTable table(Text("title"), Text("template"), false);
+        for (int k = 0; k < 4; ++k) {
+            table.AddDimension(Text("d"));
+        }
+        table.Cell({1, 2, 3, 4}, ActingText(acts, "x"));
+        table.Cell({0, 2, 3, 4}, Text("same leaf"));
+        table.Cell({0, 1, 3, 4}, Text("same node"));
+        table.Cell({0, 0, 1, 4}, Text("node above"));
+        table.Cell({0, 0, 0, 1}, Text("root"));
+        acts.gone = [&] {
+            for (std::vector<int> const& index :
+                 std::vector<std::vector<int>>{{0, 2, 3, 4}, {0, 1, 3, 4}, {0, 0, 1, 4}, {0, 0, 0, 1}}) {
+                table.deleteCell(index);
+            }
+            if (refill) {
+                table.Cell({5, 2, 3, 4}, Text("new"));
+            }
+        };
+        table.deleteCell({1, 2, 3, 4});
+        EXPECT_EQ(CellsOf(table), refill ? "(5,2,3,4)=new" : "");
+        table.Cell({1, 2, 3, 4}, Text("again"));
+        EXPECT_EQ(CellsOf(table), refill ? "(1,2,3,4)=again (5,2,3,4)=new" : "(1,2,3,4)=again");
+        EXPECT_EQ(acts.alive, 0);
+    }
+}
+
+} // namespace
