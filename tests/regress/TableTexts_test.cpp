@@ -72,6 +72,20 @@ std::vector<Place> Places() {
              [](Holders& h, OmCellText const& text) { h.table.SetTableTitle(text); }},
             {"OutlineText", [](Holders& h) -> OmCellText const* { return h.procedure.Title(); },
              [](Holders& h, OmCellText const& text) { h.procedure.setOutlineText(text); }},
+            {"FootnoteText", [](Holders& h) -> OmCellText const* { return h.footnote.Text(); },
+             [](Holders& h, OmCellText const& text) { h.footnote.Text(text); }, true},
+            {"FootnoteMarker", [](Holders& h) -> OmCellText const* { return h.footnote.Marker(); },
+             [](Holders& h, OmCellText const& text) { h.footnote.Marker(&text); }, true},
+            {"RegisteredMarker",
+             [](Holders& h) -> OmCellText const* {
+                 return h.table.Footnotes().empty() ? nullptr : h.table.Footnotes()[0].Marker();
+             },
+             [](Holders& h, OmCellText const& text) {
+                 OmFootnote note(Text("note"));
+                 h.table.Footnote(note, false);
+                 h.table.Footnotes()[0].Marker(&text);
+             },
+             true},
             {"CategoryText", [](Holders& h) -> OmCellText const* { return h.table.Dimension(0).Root().Value().Text(); },
              [](Holders& h, OmCellText const& text) { h.table.Dimension(0).Root().Value().Text(text); }, true}};
 }
@@ -251,6 +265,23 @@ TEST_P(HeldText, TextThatIsItsOwnCloneMayBeGivenTwice) {
     EXPECT_EQ(Read()->AsString(), "other");
 }
 
+TEST(TableFootnotes, MarkerThatIsItsOwnCloneMayBeRegisteredTwice) {
+    int destroyed = 0;
+    {
+        Holders holders;
+        auto* const marker = new SelfCloning(destroyed);
+        alignas(OmFootnote) unsigned char storage[sizeof(OmFootnote)];
+        auto* const note = new (storage) OmFootnote(Text("note"), marker, 0); // never destroyed: it shares the marker
+        std::unique_ptr<OmCellText> const text(note->Text());
+        holders.table.Footnote(*note, false);
+        holders.table.Footnote(*note, false);
+        EXPECT_EQ(destroyed, 0);
+        EXPECT_EQ(holders.table.Footnotes()[0].Marker(), marker);
+        EXPECT_EQ(holders.table.Footnotes()[0].Count(), 2);
+    }
+    EXPECT_EQ(destroyed, 1);
+}
+
 // --- texts that use their holder while they are replaced -------------------------------------------------------------
 
 TEST_P(HeldText, WhatACloneSetsIsReplacedByIt) {
@@ -414,6 +445,136 @@ TEST(TableCells, DeletedCellMayEmptyTheNodesAboveIt) {
         EXPECT_EQ(CellsOf(table), refill ? "(1,2,3,4)=again (5,2,3,4)=new" : "(1,2,3,4)=again");
         EXPECT_EQ(acts.alive, 0);
     }
+}
+
+// --- footnotes -------------------------------------------------------------------------------------------------------
+
+/// "a*1 b[m]*2"
+std::string Shown(OmPivotTable const& table) {
+    std::string shown;
+    for (OmFootnote const& note : table.Footnotes()) {
+        shown += shown.empty() ? "" : " ";
+        shown += note.Text() != nullptr ? note.Text()->AsString() : "null";
+        shown += note.Marker() != nullptr ? "[" + note.Marker()->AsString() + "]" : "";
+        shown += "*" + std::to_string(note.Count());
+    }
+    return shown;
+}
+
+/// Registers five notes, which moves the records.
+void AddFive(OmPivotTable& table, std::string* seen = nullptr) {
+    if (seen != nullptr) {
+        *seen = Shown(table);
+    }
+    for (char const* const text : {"1", "2", "3", "4", "5"}) {
+        table.Footnote(OmFootnote(Text(text)), true);
+    }
+}
+
+TEST(TableFootnotes, ClonedTextMayAddFootnotesAndSeesNoRecordWithoutText) {
+    Acts acts;
+    Holders holders;
+    std::string seen;
+    OmFootnote const note(ActingText(acts, "a"));
+    acts.cloned = [&] { AddFive(holders.table, &seen); };
+    EXPECT_EQ(holders.table.Footnote(note, false), 5);
+    EXPECT_EQ(seen, "");
+    EXPECT_EQ(Shown(holders.table), "1*1 2*1 3*1 4*1 5*1 a*1");
+}
+
+TEST(TableFootnotes, VisitedTextMayAddFootnotes) {
+    Acts acts;
+    Holders holders;
+    OmStringCell const marker("m");
+    OmFootnote const note(ActingText(acts, "a"), &marker, -3);
+    acts.visited = [&] { AddFive(holders.table); };
+    EXPECT_EQ(holders.table.Footnote(note, false), 0);
+    EXPECT_EQ(Shown(holders.table), "a[m]*-3 1*1 2*1 3*1 4*1 5*1");
+}
+
+TEST(TableFootnotes, MarkerMayAddFootnotesWhileItIsClonedVisitedAndDestroyed) {
+    for (std::function<void()> Acts::*const when : {&Acts::cloned, &Acts::visited, &Acts::gone}) {
+        for (bool const isNew : {true, false}) {
+            Acts acts;
+            Holders holders;
+            ActingText const marker(acts, "m");
+            OmFootnote const note(Text("a"), &marker, 0);
+            if (!isNew) {
+                holders.table.Footnote(note, false);
+            }
+            acts.*when = [&] { AddFive(holders.table); };
+            EXPECT_EQ(holders.table.Footnote(note, false), 0);
+            acts.gone = nullptr;
+            bool const added = !isNew || when != &Acts::gone;
+            EXPECT_EQ(Shown(holders.table),
+                      std::string(isNew ? "a[m]*1" : "a[m]*2") + (added ? " 1*1 2*1 3*1 4*1 5*1" : ""));
+        }
+    }
+}
+
+TEST(TableFootnotes, MarkerMayTakeItsOwnRecordAway) {
+    for (std::function<void()> Acts::*const when : {&Acts::cloned, &Acts::visited}) {
+        Acts acts;
+        {
+            Holders holders;
+            ActingText const marker(acts, "m");
+            OmFootnote const note(Text("a"), &marker, 0);
+            holders.table.Footnote(OmFootnote(Text("before")), false);
+            acts.*when = [&] {
+                if (when == &Acts::cloned) {
+                    holders.table.Footnotes().erase(1);
+                } else {
+                    holders.table.Footnotes().erase(0);
+                }
+            };
+            int const number = holders.table.Footnote(note, false);
+            EXPECT_EQ(number, when == &Acts::cloned ? 1 : 0);
+            EXPECT_EQ(Shown(holders.table), when == &Acts::cloned ? "before*1" : "a[m]*1");
+        }
+        EXPECT_EQ(acts.alive, 0);
+    }
+}
+
+TEST(TableFootnotes, FailingVisitTakesItsOwnRecordAwayAndNoOther) {
+    Acts acts;
+    Holders holders;
+    OmFootnote const note(ActingText(acts, "a"));
+    acts.visited = [&] {
+        AddFive(holders.table);
+        throw std::runtime_error("visit");
+    };
+    EXPECT_THROW(holders.table.Footnote(note, false), std::runtime_error);
+    EXPECT_EQ(Shown(holders.table), "1*1 2*1 3*1 4*1 5*1");
+    EXPECT_EQ(acts.alive, 1);
+}
+
+TEST(TableFootnotes, OwnRecordMayBeRegisteredByATextThatMovesIt) {
+    for (bool const alwaysNew : {true, false}) {
+        Acts acts;
+        Holders holders;
+        ActingText const marker(acts, "m");
+        holders.table.Footnote(OmFootnote(Text("a"), &marker, 0), false);
+        acts.cloned = [&] { AddFive(holders.table); };
+        EXPECT_EQ(holders.table.Footnote(holders.table.Footnotes()[0], alwaysNew), alwaysNew ? 1 : 0);
+        EXPECT_EQ(Shown(holders.table), alwaysNew ? "a[m]*1 a[m]*1 1*1 2*1 3*1 4*1 5*1" : "a[m]*2 1*1 2*1 3*1 4*1 5*1");
+    }
+}
+
+TEST(TableFootnotes, CountStopsAtTheLargestNumber) {
+    int const largest = std::numeric_limits<int>::max();
+    int const smallest = std::numeric_limits<int>::min();
+    Holders holders;
+    OmFootnote const note(Text("a"));
+    holders.table.Footnote(note, false);
+    holders.table.Footnotes()[0].Count(largest - 1);
+    holders.table.Footnote(note, false);
+    EXPECT_EQ(holders.table.Footnotes()[0].Count(), largest);
+    holders.table.Footnote(note, false);
+    EXPECT_EQ(holders.table.Footnotes()[0].Count(), largest);
+    EXPECT_EQ(holders.table.Footnote(OmFootnote(Text("b"), nullptr, smallest), false), 1);
+    EXPECT_EQ(holders.table.Footnotes()[1].Count(), smallest);
+    holders.table.Footnote(OmFootnote(Text("b")), false);
+    EXPECT_EQ(holders.table.Footnotes()[1].Count(), smallest + 1);
 }
 
 } // namespace

@@ -2,13 +2,15 @@
 
 #include "omcell/OmCellText.h"
 
+#include <utility>
+
 namespace {
 
 void Replace(OmCellText*& held, OmCellText const* text, OmMemoryRegion* region) {
     OmCellText* const clone = text != nullptr ? text->Clone(region) : nullptr;
-    if (clone != held) {
-        delete held;
-        held = clone;
+    OmCellText* const old = std::exchange(held, clone);
+    if (old != clone) {
+        delete old;
     }
 }
 
@@ -42,8 +44,8 @@ OmFootnote& OmFootnote::operator=(OmFootnote const& other) {
 }
 
 OmFootnote::~OmFootnote() {
-    delete _text;
-    delete _marker;
+    delete std::exchange(_text, nullptr);
+    delete std::exchange(_marker, nullptr);
 }
 
 void OmFootnote::Text(OmCellText const& text) { Replace(_text, &text, _region); }

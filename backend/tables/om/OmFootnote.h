@@ -4,6 +4,7 @@
 #include "backend/tables/Export.h"
 
 #include <cstdint>
+#include <utility>
 
 class OmCellText;
 class OmMemoryRegion;
@@ -16,6 +17,11 @@ class OmMemoryRegion;
 ///
 /// Text and marker are clones in the record's region, which the record does not own and which outlives it; the record
 /// owns them. The count says how many references were made; a caller may hand in a negative one.
+///
+/// A text that is set may be the one that the record holds, or a part of it. A text of a program's kind may use the
+/// record while it is cloned (the old text is still there) or destroyed (the new one is there already). REQUIRES: the
+/// record stays in its place until the call returns, so a text that is set in a record of a list adds none to the list
+/// while it is cloned.
 class OMTREE_API OmFootnote {
 public:
     /// No text, no marker, count 0. A null region means the default heap.
@@ -57,6 +63,12 @@ public:
     friend bool operator!=(OmFootnote const& a, OmFootnote const& b) { return !(a == b); }
 
 private:
+    friend class OmPivotTable;
+
+    /// Takes the text over and gives the old one to the caller.
+    OmCellText* ExchangeText(OmCellText* text) { return std::exchange(_text, text); }
+    OmCellText* ExchangeMarker(OmCellText* marker) { return std::exchange(_marker, marker); }
+
     OmMemoryRegion* _region;
     OmCellText* _text = nullptr;
     OmCellText* _marker = nullptr;

@@ -186,16 +186,7 @@ OmCellText const* OmPivotTable::TemplateName() const { return _my->templateName;
 // --- footnotes -------------------------------------------------------------------------------------------------------
 
 int OmPivotTable::Footnote(OmFootnote const& note, bool alwaysNew) {
-    OmVector<OmFootnote>& footnotes = _my->footnotes;
-    std::size_t const position = alwaysNew ? footnotes.size() : _my->FindFootnote(note);
-    if (position < footnotes.size()) {
-        OmFootnote& found = footnotes[position];
-        _my->TakeMarker(found, note.Marker());
-        found.Count(found.Count() + 1);
-    } else {
-        _my->AppendFootnote(note);
-    }
-    return static_cast<int>(position);
+    return static_cast<int>(_my->Register(note, alwaysNew));
 }
 
 OmVector<OmFootnote>& OmPivotTable::Footnotes() { return _my->footnotes; }

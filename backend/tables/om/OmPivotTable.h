@@ -196,9 +196,14 @@ public:
     // --- footnotes ---------------------------------------------------------------------------------------------------
 
     /// Registers a reference to a footnote and returns its number. The first record with an equal text is reused, takes
-    /// the note's marker if it has one, and counts up by one, whatever its sign. With `alwaysNew`, or when there is
-    /// none, a new record is appended; its count is 1, or the note's own if that is negative. O(footnotes). Numbers are
-    /// positions in `Footnotes()`.
+    /// the note's marker if it has one, and counts up by one, whatever its sign, but not past the largest `int`. With
+    /// `alwaysNew`, or when there is none, a new record is appended; its count is 1, or the note's own if that is
+    /// negative. O(footnotes). Numbers are positions in `Footnotes()`. The note may be one of the table's own.
+    ///
+    /// A new record comes into the list with its text; then the text, and after it the marker, are visited; last the
+    /// count goes up. A program's text may call any operation of the table meanwhile: records that it adds stand before
+    /// the new one when it does so while the text is cloned, else behind it, and a record that it takes out of the list
+    /// is not counted.
     int Footnote(OmFootnote const& note, bool alwaysNew);
 
     OmVector<OmFootnote>& Footnotes();

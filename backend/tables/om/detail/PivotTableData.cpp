@@ -244,38 +244,101 @@ void OmPivotTable::Data::ReindexAxis() {
 
 // --- footnotes -------------------------------------------------------------------------------------------------------
 
-std::size_t OmPivotTable::Data::FindFootnote(OmFootnote const& note) const {
+// Every text that is asked here may be a program's and use the table, which moves the records; the note may be one of
+// them. So a record is known by its number and its text, and looked up anew after each such moment.
+
+std::size_t OmPivotTable::Data::FindFootnote(OmCellText const* text) const {
     std::size_t position = 0;
-    while (position < footnotes.size() && !(footnotes[position] == note)) {
-        ++position;
+    for (; position < footnotes.size(); ++position) {
+        OmCellText const* const own = footnotes[position].Text();
+        if (own == nullptr || text == nullptr ? own == text : OmCellText::Equal(*own, *text)) {
+            break;
+        }
     }
     return position;
 }
 
-void OmPivotTable::Data::TakeMarker(OmFootnote& footnote, OmCellText const* marker) {
-    if (marker != nullptr) {
-        footnote.Marker(marker);
-        footnote.Marker()->Accept(helper);
+OmFootnote* OmPivotTable::Data::RecordOf(std::size_t& position, OmCellText const* text) {
+    if (position < footnotes.size() && footnotes[position].Text() == text) {
+        return &footnotes[position];
     }
+    OmFootnote* const record = std::find_if(footnotes.begin(), footnotes.end(),
+                                            [text](OmFootnote const& other) { return other.Text() == text; });
+    if (text == nullptr || record == footnotes.end()) {
+        return nullptr;
+    }
+    position = static_cast<std::size_t>(record - footnotes.begin());
+    return record;
 }
 
-void OmPivotTable::Data::AppendFootnote(OmFootnote const& note) {
-    // The note may be one of the table's own, which the append relocates; its texts stay where they are.
+std::size_t OmPivotTable::Data::Register(OmFootnote const& note, bool alwaysNew) {
     OmCellText const* const text = note.Text();
     OmCellText const* const marker = note.Marker();
     int const count = note.Count();
-    OmFootnote& added = footnotes.emplace_back(this);
+    std::size_t position = alwaysNew ? footnotes.size() : FindFootnote(text);
+    if (position == footnotes.size()) {
+        return AppendFootnote(text, marker, count);
+    }
+    OmCellText const* const known = footnotes[position].Text();
+    TakeMarker(position, known, marker);
+    CountUp(position, known, 1);
+    return position;
+}
+
+std::size_t OmPivotTable::Data::AppendFootnote(OmCellText const* text, OmCellText const* marker, int count) {
+    std::unique_ptr<OmCellText> made(text != nullptr ? text->Clone(this) : nullptr);
+    OmCellText* const own = made.get();
+    std::size_t position = footnotes.size();
+    footnotes.emplace_back(this).ExchangeText(made.get());
+    static_cast<void>(made.release());
     try {
-        if (text != nullptr) {
-            added.Text(*text);
-            added.Text()->Accept(helper);
+        if (own != nullptr) {
+            own->Accept(helper);
         }
-        TakeMarker(added, marker);
+        TakeMarker(position, own, marker);
     } catch (...) {
-        footnotes.erase(footnotes.size() - 1);
+        if (OmFootnote* const record = RecordOf(position, own)) {
+            made.reset(record->ExchangeText(nullptr));
+            std::unique_ptr<OmCellText> const ownMarker(record->ExchangeMarker(nullptr));
+            footnotes.erase(position);
+        }
         throw;
     }
-    added.Count(count < 0 ? count : added.Count() + 1);
+    CountUp(position, own, count < 0 ? count : 1);
+    return position;
+}
+
+void OmPivotTable::Data::TakeMarker(std::size_t& position, OmCellText const* text, OmCellText const* marker) {
+    if (marker == nullptr) {
+        return;
+    }
+    OmFootnote* record = RecordOf(position, text);
+    if (record == nullptr) {
+        return;
+    }
+    std::unique_ptr<OmCellText> made(marker->Clone(record->Region()));
+    OmCellText* const clone = made.get();
+    record = RecordOf(position, text);
+    if (record == nullptr) {
+        return;
+    }
+    if (record->Marker() == clone) {
+        static_cast<void>(made.release()); // its own clone, which stays
+        return;
+    }
+    delete record->ExchangeMarker(made.release());
+    record = RecordOf(position, text);
+    if (record != nullptr && record->Marker() == clone) {
+        clone->Accept(helper);
+    }
+}
+
+void OmPivotTable::Data::CountUp(std::size_t& position, OmCellText const* text, int by) {
+    if (OmFootnote* const record = RecordOf(position, text)) {
+        using Limits = std::numeric_limits<std::int32_t>;
+        std::int64_t const sum = std::int64_t{record->Count()} + by;
+        record->Count(static_cast<int>(std::clamp<std::int64_t>(sum, Limits::min(), Limits::max())));
+    }
 }
 
 // --- trackers --------------------------------------------------------------------------------------------------------

@@ -119,10 +119,16 @@ public:
 
     void ReindexAxis();
 
+    /// What `OmPivotTable::Footnote` does.
+    std::size_t Register(OmFootnote const& note, bool alwaysNew);
     /// Position of the first footnote with an equal text, or the number of footnotes.
-    std::size_t FindFootnote(OmFootnote const& note) const;
-    void AppendFootnote(OmFootnote const& note);
-    void TakeMarker(OmFootnote& footnote, OmCellText const* marker);
+    std::size_t FindFootnote(OmCellText const* text) const;
+    /// The record with this text, which was at `position` once; `position` is set to where it is now. Null when it is
+    /// gone.
+    OmFootnote* RecordOf(std::size_t& position, OmCellText const* text);
+    std::size_t AppendFootnote(OmCellText const* text, OmCellText const* marker, int count);
+    void TakeMarker(std::size_t& position, OmCellText const* text, OmCellText const* marker);
+    void CountUp(std::size_t& position, OmCellText const* text, int by);
 
     void MakeTracker();
     void MakeU8Tracker();
