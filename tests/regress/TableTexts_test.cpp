@@ -577,4 +577,116 @@ TEST(TableFootnotes, CountStopsAtTheLargestNumber) {
     EXPECT_EQ(holders.table.Footnotes()[1].Count(), smallest + 1);
 }
 
+// --- dimensions and trackers -----------------------------------------------------------------------------------------
+
+TEST(TableDimensions, CopiedNameMayAddDimensionsToBothTables) {
+    Acts acts;
+    OmPivotTable source(Text("title"), Text("template"), false);
+    OmPivotTable table(Text("title"), Text("template"), false);
+    source.AddDimension(ActingText(acts, "a"));
+    source.AddDimension(Text("b"));
+    acts.cloned = [&] {
+        for (int k = 0; k < 6; ++k) {
+            source.AddDimension(Text("added"));
+        }
+        table.AddDimension(Text("own"));
+    };
+    table.CopyDimensions(source);
+    std::string names;
+    for (int k = 0; k < static_cast<int>(table.NDimensions()); ++k) {
+        names += table.Dimension(k).Name().AsString() + " ";
+    }
+    EXPECT_EQ(names, "own a b ");
+    EXPECT_EQ(source.NDimensions(), 8U);
+}
+
+BackendSettings Fast(bool unicode) {
+    BackendSettings settings;
+    settings.setFastTables(true);
+    settings.setUnicode(unicode);
+    return settings;
+}
+
+/// What may happen to a table while its texts get the tracker.
+void ChangeEverything(OmPivotTable& table) {
+    for (int k = 0; k < 6; ++k) {
+        table.AddDimension(Text("added"));
+    }
+    OmDimension& first = table.Dimension(0);
+    for (int k = 0; k < 9; ++k) {
+        first.AddNewChild(first.Root(), Text("added"), 0, false);
+    }
+    AddFive(table);
+    OmStringCell const text("other");
+    table.SetTableTitle(text);
+    table.Caption(&text);
+    table.CornerText(&text);
+    table.setBackendSettings(Fast(false));
+}
+
+TEST(TableSettings, TextMayChangeTheTableWhenItGetsTheTracker) {
+    for (int which = 0; which < 6; ++which) {
+        Acts acts;
+        Acts still;
+        auto const acting = [&](int place, std::string const& text) -> std::unique_ptr<OmCellText> {
+            return std::make_unique<ActingText>(place == which ? acts : still, text);
+        };
+        OmPivotTable table(*acting(0, "title"), *acting(1, "template"), false);
+        OmDimension& dimension = table.AddDimension(*acting(2, "d"));
+        dimension.AddNewChild(dimension.Root(), *acting(3, "first"), 0, true);
+        dimension.AddNewChild(dimension.Root().Child(0), Text("below"), 0, false);
+        dimension.AddNewChild(dimension.Root(), Text("last"), 1, false);
+        table.AddDimension(Text("second"));
+        std::unique_ptr<OmCellText> const marker = acting(5, "m");
+        table.Footnote(OmFootnote(*acting(4, "note"), marker.get(), 0), false);
+        table.Footnote(OmFootnote(Text("note 2")), false);
+        acts.visited = [&] { ChangeEverything(table); };
+        table.setBackendSettings(Fast(true));
+        EXPECT_FALSE(acts.visited);
+        icuTracker* const tracker = table.getICUTracker();
+        ASSERT_NE(tracker, nullptr);
+        for (int k = 0; k < static_cast<int>(table.NDimensions()); ++k) {
+            OmDimension::Tree::WalkPreOrder(table.Dimension(k).Root(), [&](OmDimension::ConstNode const& node) {
+                // The program's own kind takes none from a visitor, only from whoever sets it.
+                EXPECT_TRUE(node.Value().Text()->Tracker() == tracker || node.Value().Text()->AsString() == "added")
+                    << which << node.Value().Text()->AsString();
+                return true;
+            });
+        }
+        EXPECT_EQ(table.Footnotes()[1].Text()->Tracker(), tracker);
+        EXPECT_EQ(table.Footnotes().size(), 7U);
+    }
+}
+
+TEST(TableSettings, LabelMayTakeItsOwnBranchAwayWhenItGetsTheTracker) {
+    Acts acts;
+    OmPivotTable table(Text("title"), Text("template"), false);
+    OmDimension& dimension = table.AddDimension(Text("d"));
+    OmDimension::Node const group = dimension.AddNewChild(dimension.Root(), Text("group"), 0, true);
+    dimension.AddNewChild(group, ActingText(acts, "a"), 0, true);
+    dimension.AddNewChild(group, Text("b"), 0, true);
+    dimension.AddNewChild(dimension.Root(), Text("last"), 1, false);
+    acts.visited = [&] {
+        OmDimension::Node first = dimension.Root().Child(0);
+        dimension.Delete(first);
+    };
+    table.setBackendSettings(Fast(true));
+    EXPECT_EQ(acts.alive, 0);
+    EXPECT_EQ(dimension.Root().ChildCount(), 1U);
+    EXPECT_NE(table.getU8Tracker(), nullptr);
+}
+
+TEST(TableSettings, SecondTrackerIsNotMadeWhenATextTurnsFastTablesOffMeanwhile) {
+    Acts acts;
+    OmPivotTable table(Text("title"), Text("template"), false);
+    table.Footnote(OmFootnote(ActingText(acts, "note")), false);
+    acts.visited = [&] { table.setFastTable(false); };
+    table.setBackendSettings(Fast(false));
+    EXPECT_NE(table.getICUTracker(), nullptr);
+    EXPECT_EQ(table.getU8Tracker(), nullptr);
+    table.setBackendSettings(Fast(false));
+    EXPECT_NE(table.getU8Tracker(), nullptr);
+    EXPECT_NE(table.getU8Tracker(), table.getICUTracker());
+}
+
 } // namespace

@@ -92,8 +92,10 @@ void OmPivotTable::CopyDimensions(OmPivotTable const& source) {
         throw OMSException("OmPivotTable::CopyDimensions() -- _my->_dimensions.size() != 0",
                            static_cast<double>(NDimensions()));
     }
-    for (OmDimension const* const dimension : source._my->_dimensions) {
-        _my->Adopt(_my->NewDimension(*dimension));
+    // A label may add a dimension to either table while it is copied.
+    std::size_t const dimensions = source.NDimensions();
+    for (std::size_t k = 0; k < dimensions; ++k) {
+        _my->Adopt(_my->NewDimension(*source._my->_dimensions[k]));
     }
 }
 
@@ -228,20 +230,19 @@ FormatArea* OmPivotTable::getAreaFormat(FormatArea::Area area) const {
 void OmPivotTable::setBackendSettings(BackendSettings const& settings) {
     _my->backendSettings = settings;
     _my->fastTable = _my->backendSettings.getFastTables();
-    if (!_my->fastTable) {
-        return;
-    }
-    if (_my->tracker == nullptr) {
+    if (_my->tracker == nullptr && _my->fastTable) {
         _my->MakeTracker();
         setHelper(*Title());
-        setHelper(*_my->templateName);
+        if (_my->templateName != nullptr) {
+            setHelper(*_my->templateName);
+        }
         if (_my->tableTitle != nullptr) {
             setHelper(*_my->tableTitle);
         }
         _my->TrackDimensions();
         _my->TrackFootnotes();
     }
-    if (_my->u8Tracker == nullptr) {
+    if (_my->u8Tracker == nullptr && _my->fastTable) {
         _my->MakeU8Tracker();
     }
 }

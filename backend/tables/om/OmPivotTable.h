@@ -97,9 +97,10 @@ public:
     /// The numbers of categories of all dimensions.
     std::vector<int> SizeVector() const;
 
-    /// Copies the dimensions, not the cells, axes or properties, of `source`. The copies keep the numbers that they
-    /// have there, and their names get no tracker. Throws OMSException "OmPivotTable::CopyDimensions() --
-    /// _my->_dimensions.size() != 0" (number of dimensions, 0) on a table that has dimensions.
+    /// Copies the dimensions, not the cells, axes or properties, of `source`, those that it has when the call begins.
+    /// The copies keep the numbers that they have there, and their names get no tracker. Throws OMSException
+    /// "OmPivotTable::CopyDimensions() -- _my->_dimensions.size() != 0" (number of dimensions, 0) on a table that has
+    /// dimensions.
     void CopyDimensions(OmPivotTable const& source);
 
     // --- axes --------------------------------------------------------------------------------------------------------
@@ -328,6 +329,11 @@ public:
     /// makes the table's trackers and attaches the first to the part's title, the template name, the table title, every
     /// category label and every footnote (not to the corner text, the caption, or cells stored before); later calls
     /// never replace a tracker. Throws what making a tracker throws.
+    ///
+    /// In this order: the settings, the fast flag, the first tracker, the texts (title, template name, table title,
+    /// dimensions, footnotes), and, if the fast flag is still up and there is none yet, the UTF-8 tracker. A program's
+    /// text may call any operation of the table when it gets the tracker; what it adds is visited as it is added.
+    /// O(labels + footnotes), and the depth of each label that is of a program's own kind.
     void setBackendSettings(BackendSettings const& settings);
     /// The stored copy.
     BackendSettings& getBackendSettings() const;

@@ -353,24 +353,65 @@ void OmPivotTable::Data::MakeU8Tracker() {
 }
 
 void OmPivotTable::Data::TrackDimensions() {
-    for (OmDimension* const dimension : _dimensions) {
-        OmDimension::Tree::WalkPreOrder(dimension->Root(), [this](OmDimension::ConstNode const& node) {
-            OmCellText const* const label = node.Value().Text();
-            if (label != nullptr) {
-                const_cast<OmCellText*>(label)->SetTracker(tracker);
+    std::size_t const dimensions = _dimensions.size();
+    for (std::size_t k = 0; k < dimensions; ++k) {
+        TrackLabels(*_dimensions[k]);
+    }
+}
+
+namespace {
+
+/// A node on the way down from the root, and the position of the next child to go to.
+struct LabelStep {
+    OmDimension::Tree::TreeNode* node;
+    std::size_t next;
+};
+
+/// Goes down the way again, as far as it is still there.
+void FollowAgain(std::vector<LabelStep>& way) {
+    for (std::size_t k = 1; k < way.size(); ++k) {
+        OmVector<OmDimension::Tree::TreeNode>& children = way[k - 1].node->children;
+        std::size_t const position = way[k - 1].next - 1;
+        if (position >= children.size()) {
+            way.resize(k);
+            return;
+        }
+        way[k].node = &children[position];
+    }
+}
+
+} // namespace
+
+// A label that is a program's may change the tree when it gets the tracker.
+void OmPivotTable::Data::TrackLabels(OmDimension& dimension) {
+    std::vector<LabelStep> way{{dimension.Root().Ptr(), 0}};
+    for (bool isNew = true; !way.empty();) {
+        if (OmCellText* const label = isNew ? way.back().node->value.Text() : nullptr) {
+            bool const isOurs = Belonging::IsOurs(*label);
+            label->SetTracker(tracker);
+            if (!isOurs) {
+                FollowAgain(way);
             }
-            return true;
-        });
+        }
+        LabelStep& step = way.back();
+        isNew = step.next < step.node->children.size();
+        if (isNew) {
+            OmDimension::Tree::TreeNode& child = step.node->children[step.next++];
+            way.push_back({&child, 0});
+        } else {
+            way.pop_back();
+        }
     }
 }
 
 void OmPivotTable::Data::TrackFootnotes() {
-    for (OmFootnote& footnote : footnotes) {
-        if (footnote.Text() != nullptr) {
-            footnote.Text()->SetTracker(tracker);
+    std::size_t const count = footnotes.size();
+    for (std::size_t position = 0; position < std::min(count, footnotes.size()); ++position) {
+        if (OmCellText* const text = footnotes[position].Text()) {
+            text->SetTracker(tracker);
         }
-        if (footnote.Marker() != nullptr) {
-            footnote.Marker()->SetTracker(tracker);
+        if (OmCellText* const marker = position < footnotes.size() ? footnotes[position].Marker() : nullptr) {
+            marker->SetTracker(tracker);
         }
     }
 }

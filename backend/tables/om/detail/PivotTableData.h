@@ -133,6 +133,7 @@ public:
     void MakeTracker();
     void MakeU8Tracker();
     void TrackDimensions();
+    void TrackLabels(OmDimension& dimension);
     void TrackFootnotes();
 
     OmCellText* templateName = nullptr;
