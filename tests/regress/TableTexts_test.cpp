@@ -689,4 +689,59 @@ TEST(TableSettings, SecondTrackerIsNotMadeWhenATextTurnsFastTablesOffMeanwhile) 
     EXPECT_NE(table.getU8Tracker(), table.getICUTracker());
 }
 
+// --- the end of a table ----------------------------------------------------------------------------------------------
+
+TEST(TableEnd, TextsThatGoMayStillAskTheTable) {
+    for (int which = 0; which < 7; ++which) {
+        Acts acts;
+        Acts still;
+        {
+            auto const acting = [&](int place) { return std::make_unique<ActingText>(place == which ? acts : still); };
+            OmPivotTable table(Text("title"), *acting(0), false);
+            table.CornerText(acting(1).get());
+            table.Caption(acting(2).get());
+            table.SetTableTitle(*acting(3));
+            std::unique_ptr<OmCellText> const marker = acting(5);
+            table.Footnote(OmFootnote(*acting(4), marker.get(), 0), false);
+            OmDimension& dimension = table.AddDimension(Text("d"));
+            dimension.AddNewChild(dimension.Root(), *acting(6), 0, false);
+            table.AddDimension(Text("e"));
+            table.Cell({0, 0}, Text("cell"));
+            acts.gone = [&] {
+                EXPECT_TRUE(table.CornerText() == nullptr || which == 0 || table.CornerText()->AsString() == "acting");
+                for (std::size_t k = 0; k < table.NDimensions(); ++k) {
+                    EXPECT_NE(table.Dimension(static_cast<int>(k)).Name().AsString(), "");
+                }
+                Shown(table);
+                AddFive(table);
+                std::vector<int> const index(table.NDimensions(), 0);
+                table.Cell(index);
+                if (!index.empty()) {
+                    table.Cell(index, Text("new"));
+                    table.deleteCell(index);
+                }
+                EXPECT_NE(omtest::WhatOf([&] { table.Cell({0, 0, 0}); }), "nothing thrown");
+                EXPECT_EQ(CellsOf(table), "");
+            };
+        }
+        EXPECT_FALSE(acts.gone);
+        EXPECT_EQ(acts.alive, 0);
+        EXPECT_EQ(still.alive, 0);
+    }
+}
+
+// The optimiser dropped what the destructor wrote last.
+TEST(PartTitle, PointerToItIsNullAfterTheEnd) {
+    alignas(OmHeading) unsigned char storage[sizeof(OmHeading)];
+    auto* const part = new (storage) OmHeading(Text("title"));
+    OmCellText* title = part->Title();
+    std::size_t const place = sizeof(void*);
+    ASSERT_EQ(std::memcmp(storage + place, &title, sizeof(title)), 0);
+    OmOutputPart* const base = part;
+    base->~OmOutputPart();
+    void* left = storage;
+    std::memcpy(&left, storage + place, sizeof(left));
+    EXPECT_EQ(left, nullptr);
+}
+
 } // namespace

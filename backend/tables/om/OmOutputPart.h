@@ -31,7 +31,7 @@ class OMTREE_API OmOutputPart {
 public:
     class Visitor;
 
-    /// Destroys the title and sets the pointer to it to null.
+    /// Destroys the title and sets the pointer to it to null; a title that asks for it meanwhile finds null.
     virtual ~OmOutputPart();
 
     /// Calls `visitor.Visit(*this)` with the overload for the object's own class.

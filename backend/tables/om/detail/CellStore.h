@@ -36,6 +36,14 @@ public:
     /// subscript 0 on it. Amortised O(1). Throws std::bad_alloc; nothing has changed then.
     void AddLevel();
 
+    /// Becomes a store without levels; what it held is the region's to give back.
+    void Forget() {
+        _root = nullptr;
+        _largest.clear();
+        _present = 0;
+        ++_changes;
+    }
+
     /// What a look-up needs to know of an index before it follows it.
     struct Reach {
         int beyond;   ///< negative when some subscript is past all that were ever stored on its level, or there is none

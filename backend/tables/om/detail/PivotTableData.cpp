@@ -38,12 +38,14 @@ OmPivotTable::Data::Data(OmCellText const& itsTemplateName, bool itHasSplits)
 
 OmPivotTable::Data::~Data() {
     WorkingRelease(false);
-    delete cornerText;
-    delete caption;
-    delete tableTitle;
-    delete templateName;
-    footnotes.Free();
-    for (OmDimension* const dimension : _dimensions) {
+    // A program's text that goes here may still ask the table, and finds what has gone no more.
+    delete std::exchange(cornerText, nullptr);
+    delete std::exchange(caption, nullptr);
+    delete std::exchange(tableTitle, nullptr);
+    delete std::exchange(templateName, nullptr);
+    OmVector<OmFootnote>(std::move(footnotes)).Free();
+    cells.Forget();
+    for (OmDimension* const dimension : std::exchange(_dimensions, {})) {
         DestroyDimension(dimension);
     }
     for (auto const& format : areaFormats) {
