@@ -13,6 +13,7 @@
 #include "platform/icuTracker.h"
 #include "tests/support/ActingText.h"
 #include "tests/support/AssertionCatcher.h"
+#include "tests/support/CapturedOutput.h"
 #include "tests/support/ForeignText.h"
 #include "tests/support/TableProbe.h"
 
@@ -21,6 +22,8 @@
 #include <cstddef>
 #include <cstring>
 #include <functional>
+#include <ios>
+#include <iostream>
 #include <limits>
 #include <memory>
 #include <new>
@@ -742,6 +745,68 @@ TEST(PartTitle, PointerToItIsNullAfterTheEnd) {
     void* left = storage;
     std::memcpy(&left, storage + place, sizeof(left));
     EXPECT_EQ(left, nullptr);
+}
+
+// --- dumps
+// ------------------------------------------------------------------------------------------------------------
+
+/// Sets everything that a program may set on a stream.
+void Decorate(std::ostream& stream) {
+    stream.width(30);
+    stream.fill('*');
+    stream.precision(2);
+    stream.setf(std::ios::hex, std::ios::basefield);
+    stream.setf(std::ios::internal, std::ios::adjustfield);
+    stream.setf(std::ios::showbase | std::ios::showpos | std::ios::uppercase | std::ios::boolalpha);
+}
+
+// Base and capitals showed in the addresses, the width and what fills it in the first word.
+TEST(Dumps, ReadTheSameWhateverIsSetOnTheStreamAndLeaveItSo) {
+    OmPivotTable table(Text("title"), Text("template"), false);
+    table.SetTableTitle(Text("T"));
+    OmDimension& dimension = table.AddDimension(Text("d"));
+    OmDimension::Node const group = dimension.Child(dimension.Root(), Text("group"), 31, true);
+    group.Value().Sort(OmSort::Down);
+    dimension.Child(group, Text("leaf"), 17, false);
+    table.AddDimension(Text("e"));
+    table.Cell({17, 11}, Text("cell"));
+    table.Cell({300, 3}, OmNumber(255.0));
+    OmStringCell const text("text");
+    table.Caption(&text);
+    table.CornerText(&text);
+    table.Footnote(OmFootnote(text), false);
+    OmCellMetaData meta;
+    meta.footnotes = {16};
+    dimension.Root().Value().Text()->setMeta(&meta);
+    std::vector<std::function<void()>> const dumps{[&] { table.Print(); }, [&] { table.PrintCells(); },
+                                                   [&] { group.Value().Print(3); },
+                                                   [&] { dimension.Root().Value().Text()->Print(2); }};
+    for (std::function<void()> const& dump : dumps) {
+        std::string plain;
+        {
+            omtest::CapturedOutput const output;
+            dump();
+            plain = output.Text();
+        }
+        std::ios before(nullptr);
+        before.copyfmt(std::cout);
+        Decorate(std::cout);
+        std::ios::fmtflags const flags = std::cout.flags();
+        std::string decorated;
+        {
+            omtest::CapturedOutput const output;
+            dump();
+            decorated = output.Text();
+        }
+        EXPECT_EQ(std::cout.width(), 30);
+        EXPECT_EQ(std::cout.fill(), '*');
+        EXPECT_EQ(std::cout.precision(), 2);
+        EXPECT_EQ(std::cout.flags(), flags);
+        std::cout.copyfmt(before);
+        std::cout.width(0);
+        EXPECT_NE(plain, "");
+        EXPECT_EQ(decorated, plain);
+    }
 }
 
 } // namespace

@@ -1,6 +1,7 @@
 #include "backend/tables/om/OmDimensionNode.h"
 
 #include "backend/tables/om/detail/ChildIndex.h"
+#include "backend/tables/om/detail/Dump.h"
 #include "omcell/OmCellText.h"
 
 #include <cstdint>
@@ -90,26 +91,26 @@ void OmDimensionNode::Print(unsigned int indent) const {
     OmVector<int> scratch;
     ChildIndex::Entries const entries = ChildIndex::EntriesOf(_childIndex, scratch);
     auto const yesOrNo = [](bool flag) { return flag ? "yes" : "no"; };
-    for (unsigned int i = 0; i < indent; ++i) {
-        std::cout << "  ";
-    }
-    // Numbers go through strings: what the program set its stream to (a base, a locale) does not show.
-    std::cout << "Subscript: " << std::to_string(static_cast<std::int32_t>(_subscript))
-              << ", Group: " << yesOrNo(_isGroup) << ", hide: " << yesOrNo(_hide)
-              << ", hideLabels: " << yesOrNo(_hideLabels);
+    std::string line = "Subscript: " + std::to_string(static_cast<std::int32_t>(_subscript));
+    line.append(", Group: ").append(yesOrNo(_isGroup));
+    line.append(", hide: ").append(yesOrNo(_hide));
+    line.append(", hideLabels: ").append(yesOrNo(_hideLabels));
     if (_sort == OmSort::Up) {
-        std::cout << ", Sort: up";
+        line += ", Sort: up";
     } else if (_sort == OmSort::Down) {
-        std::cout << ", Sort: down";
+        line += ", Sort: down";
     }
     char const* before = ", Children: ";
     for (int const entry : entries) {
-        std::cout << before << std::to_string(entry);
+        line.append(before).append(std::to_string(entry));
         before = ", ";
     }
+    om_detail::WriteIndent(indent);
+    om_detail::Write(line);
     if (_text != nullptr) {
-        std::cout << ", Text: ";
+        om_detail::Write(", Text: ");
         _text->Print(0);
     }
-    std::cout << std::endl;
+    om_detail::Write("\n");
+    std::cout.flush();
 }

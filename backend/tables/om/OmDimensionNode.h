@@ -99,7 +99,8 @@ public:
     ///
     ///     Subscript: 3, Group: no, hide: no, hideLabels: no, Sort: up, Children: 1, 0, Text: "Male"
     ///
-    /// The subscript shows as a signed 32-bit integer; sort order, children and text only where there are any.
+    /// The subscript shows as a signed 32-bit integer; sort order, children and text only where there are any. What the
+    /// program has set on the stream (width, fill, base, flags, locale) changes nothing and stays as it is.
     void Print(unsigned int indent) const;
 
 private:

@@ -4,6 +4,7 @@
 #include "backend/tables/om/OMSException.h"
 #include "backend/tables/om/OmDimension.h"
 #include "backend/tables/om/detail/CellCursor.h"
+#include "backend/tables/om/detail/Dump.h"
 #include "backend/tables/om/detail/PivotTableData.h"
 #include "omcell/OmCellText.h"
 
@@ -261,41 +262,47 @@ void OmPivotTable::Print() const {
     if (!OM_HARDENED(_my->tableTitle != nullptr, "_my->_tableTitle != 0", Source, __LINE__)) {
         return;
     }
-    std::cout << "Starting table " << _my->tableTitle->AsString() << '\n';
+    auto const writeLine = [](char const* before, OmCellText const* text) {
+        om_detail::Write(before);
+        om_detail::Write(text != nullptr ? text->AsString() + '\n' : "\n");
+    };
+    writeLine("Starting table ", _my->tableTitle);
     for (OmDimension const* const dimension : _my->_dimensions) {
         OmDimension::Tree::WalkPreOrder(dimension->Root(), [](OmDimension::ConstNode const& node) {
             node.Value().Print(node.Depth());
             return true;
         });
     }
-    std::cout << "Cells\n";
+    om_detail::Write("Cells\n");
     for (ConstIterator cell = FirstCell(); cell.Cell() != nullptr; ++cell) {
-        std::cout << cell.Cell()->AsString() << '\n';
+        writeLine("", cell.Cell());
     }
     if (_my->cornerText != nullptr) {
-        std::cout << "  Corner Text: " << _my->cornerText->AsString() << '\n';
+        writeLine("  Corner Text: ", _my->cornerText);
     }
     if (_my->caption != nullptr) {
-        std::cout << "  Caption: " << _my->caption->AsString() << '\n';
+        writeLine("  Caption: ", _my->caption);
     }
     if (!_my->footnotes.empty()) {
-        std::cout << "  Footnotes\n";
+        om_detail::Write("  Footnotes\n");
         for (OmFootnote const& footnote : _my->footnotes) {
-            std::cout << "      " << (footnote.Text() != nullptr ? footnote.Text()->AsString() : std::string()) << '\n';
+            writeLine("      ", footnote.Text());
         }
     }
-    std::cout << "Done with table " << _my->tableTitle->AsString() << std::endl;
+    writeLine("Done with table ", _my->tableTitle);
+    std::cout.flush();
 }
 
 void OmPivotTable::PrintCells() const { PrintCells(_my->cells.Root(), 0, 0); }
 
 namespace {
 
-void PrintEntry(void const* entry, std::size_t level, std::size_t index) {
+void WriteEntry(void const* entry, std::size_t level, std::size_t index) {
+    std::string const number = "    [" + std::to_string(index) + "] ";
     for (std::size_t i = 0; i < level; ++i) {
-        std::cout << "    [" << std::to_string(index) << "] ";
+        om_detail::Write(number);
     }
-    std::cout << entry;
+    om_detail::Write(om_detail::AddressText(entry));
 }
 
 } // namespace
@@ -303,16 +310,16 @@ void PrintEntry(void const* entry, std::size_t level, std::size_t index) {
 // Below the last level `node` is a cell: the entries of the store have no type of their own.
 void OmPivotTable::PrintCells(PointerVector* node, std::size_t level, std::size_t index) const {
     void const* const entry = node;
-    PrintEntry(entry, level, index);
+    WriteEntry(entry, level, index);
     if (level >= NDimensions()) {
         OmCellText const* const cell = static_cast<OmCellText const*>(entry);
         if (cell != nullptr) {
-            std::cout << " - " << cell->AsString();
+            om_detail::Write(" - " + cell->AsString());
         }
-        std::cout << '\n';
+        om_detail::Write("\n");
         return;
     }
-    std::cout << '\n';
+    om_detail::Write("\n");
     if (node != nullptr && node->SpansLeaves()) {
         node->IsBox() ? PrintLeavesIn(*node, level + 1) : PrintLeavesOfKeys(*node, level + 1);
         return;
@@ -326,8 +333,8 @@ void OmPivotTable::PrintCells(PointerVector* node, std::size_t level, std::size_
 void OmPivotTable::PrintLeavesIn(PointerVector& node, std::size_t level) const {
     for (std::uint32_t position = 0; position < node.Length(); ++position) {
         std::uint32_t const length = node.RowAt(position).length;
-        PrintEntry(length != 0 ? node.RowEntries(position) : nullptr, level, position);
-        std::cout << '\n';
+        WriteEntry(length != 0 ? node.RowEntries(position) : nullptr, level, position);
+        om_detail::Write("\n");
         for (std::uint32_t below = 0; below < length; ++below) {
             PrintCells(static_cast<PointerVector*>(node.RowEntries(position)[below]), level + 1, below);
         }
@@ -343,8 +350,8 @@ void OmPivotTable::PrintLeavesOfKeys(PointerVector const& node, std::size_t leve
         auto const isHere = [&] {
             return next != order.end() && PointerVector::PositionOf(node.KeyedIn(*next).key) == position;
         };
-        PrintEntry(isHere() ? &node.KeyedIn(*next) : nullptr, level, position);
-        std::cout << '\n';
+        WriteEntry(isHere() ? &node.KeyedIn(*next) : nullptr, level, position);
+        om_detail::Write("\n");
         for (std::uint32_t below = 0; isHere(); ++below) {
             PointerVector::KeyedEntry const& found = node.KeyedIn(*next);
             bool const isFound = PointerVector::BelowOf(found.key) == below;

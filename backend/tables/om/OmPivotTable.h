@@ -347,6 +347,9 @@ public:
 
     // --- debug dumps to standard output ------------------------------------------------------------------------------
 
+    // What the program has set on the stream (width, fill, base, flags, locale) changes nothing in what these write,
+    // and they leave it as it is. Texts of a program's own kind print themselves as they like.
+
     /// Writes dimensions, cells, corner text, caption and footnotes between two lines that name the table.
     /// REQUIRES: a table title was set (hardened check "_my->_tableTitle != 0").
     void Print() const;
