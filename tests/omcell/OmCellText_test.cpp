@@ -7,6 +7,8 @@
 #include "tests/support/HeapInUse.h"
 #include "tests/support/SlotOrder.h"
 
+#include "tests/support/MuteText.h"
+
 #include <gtest/gtest.h>
 
 #include <iomanip>
@@ -228,6 +230,32 @@ TEST(OmCellText, CloneOfATextWithoutMetadataHasNone) {
 }
 
 // --- tracker ---------------------------------------------------------------------------------------------------------
+
+/// A kind that can be copied, as a program's may be.
+class CopiedText final : public omtest::MuteText {
+public:
+    explicit CopiedText(OmMemoryRegion* home) : MuteText(home) {}
+    CopiedText(CopiedText const&) = default;
+    OmCellText* Clone(OmMemoryRegion* region) const override { return new (region) CopiedText(*this); }
+    OmMemoryRegion* HomeRegion() const { return Home(); }
+};
+
+// A tracker dies with its table, and the arena that the copy would name as home may, too.
+TEST(OmCellText, CopyConstructorTakesTheMetadataAndNeitherTrackerNorHome) {
+    OmMemoryRegion region(false);
+    icuTracker tracker({true, "en_US.UTF-8"});
+    OmCellMetaData const meta = Meta({1}, {"m"});
+    CopiedText source(&region);
+    source.SetTracker(&tracker);
+    source.setMeta(&meta);
+    CopiedText const copy(source);
+    EXPECT_EQ(copy.Tracker(), nullptr);
+    EXPECT_EQ(copy.HomeRegion(), OmMemoryRegion::DefaultHeap());
+    ASSERT_TRUE(copy.hasMeta());
+    EXPECT_EQ(*copy.getMeta(), meta);
+    EXPECT_NE(copy.getMeta(), source.getMeta());
+    EXPECT_EQ(source.Tracker(), &tracker);
+}
 
 TEST(OmCellText, TrackerIsNullUntilSetAndReturnedWhenSet) {
     icuTracker tracker({true, "en_US.UTF-8"});

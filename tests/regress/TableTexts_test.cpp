@@ -20,6 +20,7 @@
 #include <gtest/gtest.h>
 
 #include <cstddef>
+#include <cstdint>
 #include <cstring>
 #include <functional>
 #include <ios>
@@ -690,6 +691,113 @@ TEST(TableSettings, SecondTrackerIsNotMadeWhenATextTurnsFastTablesOffMeanwhile) 
     table.setBackendSettings(Fast(false));
     EXPECT_NE(table.getU8Tracker(), nullptr);
     EXPECT_NE(table.getU8Tracker(), table.getICUTracker());
+}
+
+// --- a table is given what is its own
+// ---------------------------------------------------------------------------------
+
+TEST(TableItself, MayBeGivenWhatIsItsOwn) {
+    OmPivotTable table(Text("title"), Text("template"), false);
+    OmDimension& dimension = table.AddDimension(Text("d"));
+    dimension.Child(dimension.Root(), Text("a"), 0, false);
+    table.AddDimension(table.Dimension(0));
+    EXPECT_EQ(table.AddDimension(table.Dimension(0).Name()).Index(), 2);
+    EXPECT_EQ(table.FindDimension(table.Dimension(1).Name()), 0);
+    EXPECT_EQ(table.SizeVector(), (std::vector<int>{1, 1, 0}));
+    EXPECT_EQ(omtest::WhatOf([&] { table.CopyDimensions(table); }),
+              "OmPivotTable::CopyDimensions() -- _my->_dimensions.size() != 0, value 1 == 3, value 2 == 0");
+    OmPivotTable empty(Text("title"), Text("template"), false);
+    empty.CopyDimensions(empty);
+    EXPECT_EQ(empty.NDimensions(), 0U);
+
+    table.Cell({0, 0, 0}, Text("cell"));
+    table.Cell({1, 0, 0}, table.Cell({0, 0, 0}));
+    table.Cell({0, 0, 0}, *table.Dimension(0).Root().Child(0).Value().Text());
+    EXPECT_EQ(CellsOf(table), "(0,0,0)=a (1,0,0)=cell");
+
+    std::string const full(300, 'x');
+    table.addMiscProperty(full);
+    table.addMiscProperty(table.getMiscProperties());
+    EXPECT_EQ(table.getMiscProperties(), full + "," + full);
+    table.setTableCustomWidths({1, 2, 3});
+    table.setTableCustomWidths(table.getTableCustomWidths());
+    table.setTableCustomHeights(table.getTableCustomWidths());
+    EXPECT_EQ(table.getTableCustomWidths(), (std::vector<unsigned int>{1, 2, 3}));
+    EXPECT_EQ(table.getTableCustomHeights(), (std::vector<unsigned int>{1, 2, 3}));
+    table.TableLocale(full);
+    table.TableLocale(table.TableLocale());
+    EXPECT_EQ(table.TableLocale(), full);
+
+    BackendSettings settings;
+    settings.setLocale(full);
+    table.setBackendSettings(settings);
+    table.setBackendSettings(table.getBackendSettings());
+    EXPECT_EQ(table.getBackendSettings().getLocale(), full);
+    table.setHelper(*table.Title());
+    EXPECT_EQ(table.Title()->Tracker(), table.getICUTracker());
+}
+
+#if OMTREE_HARDENED
+TEST(TableItself, IsNotGivenAFormatThatIsItsOwn) {
+    OmPivotTable table(Text("title"), Text("template"), false);
+    auto* const format = new FormatArea(FormatArea::Corner);
+    table.setAreaFormat(format);
+    AssertionCatcher const caught(AfterReport::Return);
+    table.setAreaFormat(table.getAreaFormat(FormatArea::Corner));
+    EXPECT_EQ(caught.Failures().size(), 1U);
+    EXPECT_EQ(table.getAreaFormat(FormatArea::Corner), format);
+    auto* const hidden = new FormatArea(static_cast<FormatArea::Area>(9));
+    table.setAreaFormat(hidden);
+    table.setAreaFormat(hidden); // it takes its own place
+    EXPECT_EQ(caught.Failures().size(), 1U);
+}
+#endif
+
+TEST(TableItself, FormatKeepsWhatItIsGivenOfItsOwnAndNumbersAtTheirEnds) {
+    int const largest = std::numeric_limits<int>::max();
+    int const smallest = std::numeric_limits<int>::min();
+    FormatArea format(static_cast<FormatArea::Area>(smallest));
+    format.setFontName("a name that is too long to lie inside its string");
+    format.setFontName(format.getFontName());
+    EXPECT_EQ(format.getFontName(), "a name that is too long to lie inside its string");
+    for (int const value : {largest, smallest}) {
+        format.setMarginLeft(value);
+        format.setFontStyle(value);
+        format.setVerticalAlignment(value);
+        EXPECT_EQ(format.getMarginLeft(), value);
+        EXPECT_EQ(format.getFontStyle(), value);
+        EXPECT_EQ(format.getVerticalAlignment(), value);
+    }
+    format.setFontSize(std::numeric_limits<float>::infinity());
+    EXPECT_EQ(format.getFontSize(), std::numeric_limits<float>::infinity());
+    EXPECT_EQ(static_cast<int>(format.getArea()), smallest);
+}
+
+TEST(TableItself, TakesNumbersAtTheirEnds) {
+    long const largest = std::numeric_limits<std::int32_t>::max();
+    long const smallest = std::numeric_limits<std::int32_t>::min();
+    OmPivotTable table(Text("title"), Text("template"), false);
+    table.AddDimension(Text("d"));
+    for (long const value : {largest, smallest}) {
+        table.setStartColor(value);
+        table.setEndColor(value);
+        EXPECT_EQ(table.getStartColor(), value);
+        EXPECT_EQ(table.getEndColor(), value);
+        EXPECT_NE(omtest::WhatOf([&] { table.Dimension(static_cast<int>(value)); }), "nothing thrown");
+        EXPECT_NE(omtest::WhatOf([&] { static_cast<void>(table.Size(static_cast<int>(value))); }), "nothing thrown");
+    }
+    EXPECT_EQ(table.Cell({static_cast<int>(largest)}), nullptr);
+    BackendSettings settings;
+    for (long const limit : {-1L, std::numeric_limits<long>::min()}) {
+        settings.setMaxCells(limit);
+        table.setBackendSettings(settings);
+        table.Scratch(false);
+        EXPECT_FALSE(table.Cell({0}, Text("x")));
+        EXPECT_TRUE(table.IsScratched());
+    }
+    settings.setMaxCells(std::numeric_limits<long>::max());
+    table.setBackendSettings(settings);
+    EXPECT_TRUE(table.Cell({0}, Text("x")));
 }
 
 // --- the end of a table ----------------------------------------------------------------------------------------------

@@ -4,6 +4,7 @@
 #include <cstddef>
 #include <cstdlib>
 #include <new>
+#include <utility>
 
 /// Replaces the global operators new and delete of a test program by ones that count and can fail.
 ///
@@ -17,6 +18,37 @@ struct HeapBooks {
     std::ptrdiff_t live = 0; ///< blocks handed out and not given back
     long untilFailure = -1;  ///< requests that still succeed; negative: all do
     bool failed = false;     ///< whether a request was refused
+
+    /// Blocks whose end is written down, each with a letter; the letters of those that went, in that order.
+    struct Watched {
+        void const* block;
+        char letter;
+    };
+    static constexpr std::size_t Most = 8;
+    Watched watched[Most] = {};
+    char gone[Most + 1] = {};
+
+    void Watch(void const* block, char letter) { *PlaceOf(nullptr) = {block, letter}; }
+    void NoteEnd(void const* block) {
+        Watched* const place = PlaceOf(block);
+        if (block != nullptr && place != nullptr) {
+            std::size_t length = 0;
+            while (gone[length] != 0) {
+                ++length;
+            }
+            gone[length] = std::exchange(*place, Watched{}).letter;
+        }
+    }
+
+private:
+    Watched* PlaceOf(void const* block) {
+        for (Watched& place : watched) {
+            if (place.block == block) {
+                return &place;
+            }
+        }
+        return nullptr;
+    }
 };
 
 inline HeapBooks& Heap() {
@@ -68,6 +100,7 @@ void* operator new[](std::size_t bytes) { return operator new(bytes); }
 
 __attribute__((noinline)) void operator delete(void* block) noexcept {
     omtest::Heap().live -= block != nullptr ? 1 : 0;
+    omtest::Heap().NoteEnd(block);
     std::free(block);
 }
 void operator delete(void* block, std::size_t) noexcept { operator delete(block); }

@@ -197,6 +197,25 @@ TEST(PivotTableFootnotes, NewMarkerIsVisitedAndTheTextIsNotAgain) {
     EXPECT_EQ(log.Take({"Clone", "Accept", "destroy"}), (Log{"m': Clone", "m'': destroy", "m'': Accept"}));
 }
 
+TEST(PivotTableFootnotes, TextAndMarkerAreVisitedInTheirPlaceBeforeTheCountGoesUp) {
+    ForeignLog log;
+    Table table;
+    Log seen;
+    ForeignSpec spec{"", ""};
+    spec.accept = [&](ForeignText& text, OmCellText::Visitor&) { seen.push_back(text.name() + ": " + table.Shown()); };
+    spec.name = "t";
+    spec.text = "text";
+    ForeignText const text(log, spec);
+    spec.name = "m";
+    spec.text = "mark";
+    ForeignText const marker(log, spec);
+    OmFootnote const note(text, &marker, 0);
+    table.Footnote(note, false);
+    table.Footnote(note, false);
+    EXPECT_EQ(seen, (Log{"t'': text*0", "m'': text[mark]*0", "m'': text[mark]*1"}));
+    EXPECT_EQ(table.Shown(), "text[mark]*2");
+}
+
 // Appending moves the records, the one that was handed in among them.
 TEST(PivotTableFootnotes, TablesOwnRecordCanBeRegistered) {
     Table table;

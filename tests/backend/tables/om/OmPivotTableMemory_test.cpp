@@ -6,12 +6,14 @@
 #include "platform/icuTracker.h"
 #include "tests/support/FailingHeap.h"
 #include "tests/support/ForeignText.h"
+#include "tests/support/MuteText.h"
 #include "tests/support/TableProbe.h"
 
 #include <gtest/gtest.h>
 
 #include <algorithm>
 #include <cstddef>
+#include <iterator>
 #include <memory>
 #include <string>
 #include <vector>
@@ -134,6 +136,49 @@ TEST(PivotTableEnd, RegionIsSweptFirstAndTrackersOutliveTheTexts) {
         log.clear();
         table.reset();
         EXPECT_EQ(log, (Log{"x swept", "x swept here", "t swept here", "l swept here"}));
+    }
+}
+
+/// Writes its letter down among the blocks that go.
+class Lettered final : public omtest::MuteText {
+public:
+    explicit Lettered(char letter, OmMemoryRegion* region = nullptr) : MuteText(region), _letter(letter) {}
+    ~Lettered() override {
+        if (!Home()->IsDefaultHeap()) {
+            Heap().Watch(this, _letter);
+            Heap().NoteEnd(this);
+        }
+    }
+    OmCellText* Clone(OmMemoryRegion* region) const override { return new (region) Lettered(_letter, region); }
+
+private:
+    char _letter;
+};
+
+// Texts, dimensions, formats, trackers (a shared one once), and the strings with the settings.
+TEST(PivotTableEnd, PartsOfTheRecordGoInTheirOrder) {
+    for (bool const unicode : {true, false}) {
+        auto table = std::make_unique<OmPivotTable>(Text("title"), Lettered('t'), false);
+        for (char const letter : {'d', 'e'}) {
+            OmDimension& dimension = table->AddDimension(Text("dimension"));
+            dimension.AddNewChild(dimension.Root(), Lettered(letter), 0, false);
+        }
+        auto* const format = new FormatArea(FormatArea::Caption);
+        auto* const hidden = new FormatArea(static_cast<FormatArea::Area>(9));
+        table->setAreaFormat(hidden);
+        table->setAreaFormat(format);
+        table->setBackendSettings(Settings(unicode));
+        table->setBorderInfo("a string that is too long to lie inside its object");
+        std::fill(std::begin(Heap().gone), std::end(Heap().gone), '\0');
+        Heap().Watch(format, 'f');
+        Heap().Watch(hidden, 'g');
+        Heap().Watch(table->getICUTracker(), 'i');
+        if (!unicode) {
+            Heap().Watch(table->getU8Tracker(), 'u');
+        }
+        Heap().Watch(table->getBorderInfo().data(), 's');
+        table.reset();
+        EXPECT_STREQ(Heap().gone, unicode ? "tdefgis" : "tdefgius");
     }
 }
 
@@ -312,6 +357,27 @@ TEST(PivotTableNoMemory, FailedDimensionIsNotThere) {
     for (int k = 0; k < 12; ++k) {
         EXPECT_EQ(table.Dimension(k).Index(), k);
     }
+}
+
+// A level that the store has and the table has not would hide every cell.
+TEST(PivotTableNoMemory, FailedDimensionLeavesTheCellsWhereTheyAre) {
+    OmPivotTable table(Text("title"), Text("template"), false);
+    OmStringCell const name("name");
+    table.AddDimension(name);
+    std::vector<int> index{3};
+    table.Cell(index, Text("cell"));
+    for (int round = 1; round < 18; ++round) {
+        EXPECT_GE(omtest::FailEachRequest([&] { table.AddDimension(name); },
+                                          [&] {
+                                              ASSERT_EQ(table.NDimensions(), index.size());
+                                              ASSERT_NE(table.Cell(index), nullptr)
+                                                  << "with " << index.size() << " dimensions";
+                                          }),
+                  0);
+        index.push_back(0);
+        ASSERT_NE(table.Cell(index), nullptr);
+    }
+    EXPECT_EQ(omtest::CellsOf(table), omtest::Show(index) + "=cell");
 }
 
 // The old cell must be whole until its metadata is safe.

@@ -24,6 +24,7 @@
 namespace {
 
 using omtest::ForeignLog;
+using omtest::ForeignSpec;
 using omtest::ForeignText;
 using omtest::SlotOf;
 using omtest::Text;
@@ -301,6 +302,52 @@ TEST(PivotTableSettings, TextsAreTakenInOrder) {
                    "note: SetTracker(set)", "marker: SetTracker(set)", "note 2: SetTracker(set)"}));
     table.setBackendSettings(Settings(true, true));
     EXPECT_EQ(log.Take(), Log());
+}
+
+// What the table's own record says while each text is told: everything but the UTF-8 tracker is in place.
+TEST(PivotTableSettings, TextsAreToldBetweenTheTwoTrackers) {
+    ForeignLog log;
+    OmPivotTable* known = nullptr;
+    Log seen;
+    ForeignSpec spec{"t", "t"};
+    spec.accept = [&](ForeignText& text, OmCellText::Visitor& visitor) {
+        if (known == nullptr) {
+            return;
+        }
+        OmStringCell probe("probe");
+        probe.Accept(visitor);
+        seen.push_back(text.name() + " " + known->getBackendSettings().getLocale() +
+                       (known->fastTable() ? " fast" : " slow") +
+                       (known->getICUTracker() != nullptr ? " tracker" : " none") +
+                       (probe.Tracker() == known->getICUTracker() ? " attached" : " detached") +
+                       (known->getU8Tracker() != nullptr ? " both" : " one"));
+    };
+    OmPivotTable table(ForeignText(log, spec), ForeignText(log, spec), false);
+    table.SetTableTitle(ForeignText(log, spec));
+    table.setFastTable(false);
+    known = &table;
+    table.setBackendSettings(Settings(true, true, "here"));
+    EXPECT_EQ(seen, Log(3, "t' here fast tracker attached one"));
+    EXPECT_NE(table.getU8Tracker(), nullptr);
+}
+
+// A dimension's number is there when its name is visited; a copied dimension has another table's until then.
+TEST(PivotTableSettings, AddedDimensionKnowsItsNumberBeforeItsNameIsVisited) {
+    ForeignLog log;
+    Table other;
+    Table table;
+    std::vector<int> numbers;
+    ForeignSpec spec{"d", "d"};
+    spec.accept = [&](ForeignText&, OmCellText::Visitor&) {
+        if (table.NDimensions() != 0) {
+            numbers.push_back(table.Dimension(static_cast<int>(table.NDimensions()) - 1).Index());
+        }
+    };
+    OmDimension const& source = other.AddDimension(ForeignText(log, spec));
+    table.AddDimension(ForeignText(log, spec));
+    table.AddDimension(ForeignText(log, spec));
+    table.AddDimension(source);
+    EXPECT_EQ(numbers, (std::vector<int>{0, 1, 2}));
 }
 
 TEST(PivotTableSettings, NamesOfCopiedDimensionsGetItOnlyWhenTheyAreAdded) {
