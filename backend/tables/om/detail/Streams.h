@@ -22,9 +22,14 @@ inline void AppendChunk(std::string& stream, char const* bytes, unsigned int len
 inline void ReserveAndAppendChunk(std::string& stream, char const* bytes, unsigned int length) {
     std::less<char const*> const before;
     bool const isPiece = !before(bytes, stream.data()) && before(bytes, stream.data() + stream.size());
-    std::ptrdiff_t const offset = isPiece ? bytes - stream.data() : 0;
+    if (!isPiece) {
+        stream.reserve(stream.size() + length);
+        AppendChunk(stream, bytes, length);
+        return;
+    }
+    std::ptrdiff_t const offset = bytes - stream.data();
     stream.reserve(stream.size() + length);
-    AppendChunk(stream, isPiece ? stream.data() + offset : bytes, length);
+    AppendChunk(stream, stream.data() + offset, length);
 }
 
 /// Files attached to a part: names and contents in two parallel lists. A producer sends a name, then the content in one
