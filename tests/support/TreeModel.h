@@ -173,15 +173,17 @@ public:
                 parents.push_back(At(Parent(path)).number);
             }
         }
-        std::size_t const noted = listed.front().back();
+        int const noted = StayingBefore(listed.front(), numbers);
         for (auto number = numbers.rbegin(); number != numbers.rend(); ++number) {
             if (std::optional<Path> const path = PathOf(*number)) {
                 Erase(*path);
             }
         }
         Node& parent = At(*PathOf(homeNumber));
-        std::size_t const place = std::min(noted, parent.children.size());
-        parent.children.insert(parent.children.begin() + static_cast<std::ptrdiff_t>(place), std::move(group));
+        auto const sibling = std::find_if(parent.children.begin(), parent.children.end(),
+                                          [&](Node const& child) { return child.number == noted; });
+        parent.children.insert(sibling != parent.children.end() ? sibling + 1 : parent.children.begin(),
+                               std::move(group));
         parents.push_back(homeNumber);
         RepairNumbers(parents);
     }
@@ -366,6 +368,18 @@ private:
     static void EraseNumber(Node& parent, int number) {
         parent.children.erase(std::find_if(parent.children.begin(), parent.children.end(),
                                            [&](Node const& child) { return child.number == number; }));
+    }
+
+    /// The number of the nearest sibling before the node that is none of the leaving ones; 0 when there is none.
+    int StayingBefore(Path path, std::vector<int> const& leaving) const {
+        while (path.back() > 0) {
+            --path.back();
+            int const number = At(path).number;
+            if (std::find(leaving.begin(), leaving.end(), number) == leaving.end()) {
+                return number;
+            }
+        }
+        return 0;
     }
 
     static std::vector<Node>::iterator FirstEqual(Node& parent, Node const& value) {

@@ -129,9 +129,10 @@ public:
     /// parents.
     void moveChild(Node& node, Node* target, bool swap);
 
-    /// Gathers the listed nodes, copied in list order, under a new group with this label, which takes the place that
-    /// the first listed node had in its parent (or the last one, when fewer children are left). The group's subscript
-    /// is all ones; its label takes the tracker of the first node's label. Number of categories and child indexes stay.
+    /// Gathers the listed nodes, copied in list order, under a new group with this label, which takes the place of the
+    /// first listed node: right after the nearest sibling before it that is not listed, to the front where there is
+    /// none. The group's subscript is all ones; its label takes the tracker of the first node's label. Number of
+    /// categories and child indexes stay.
     /// An empty list changes nothing, and neither does one whose first node lies below another of its nodes.
     /// O(n + nodes log nodes), and repair of the whole tree.
     void insertChild(OmCellText const& text, std::vector<Node*> nodes);

@@ -368,7 +368,7 @@ public:
         }
     }
 
-    /// The parent of `first`, and the position that `first` had there.
+    /// The parent of `first`, and how many of its children that stay stand before `first`.
     OmDimension::Node Home() const { return {_home, _homeDepth}; }
     std::size_t Position() const { return _position; }
 
@@ -416,7 +416,10 @@ bool LeavingNodes::Find(OmDimension::Node const& root, TreeNode* first) {
         if (!std::less<>()(first, parent->children.begin()) && std::less<>()(first, parent->children.end())) {
             _home = parent;
             _homeDepth = node.Depth();
-            _position = static_cast<std::size_t>(first - parent->children.begin());
+            auto const before = _addresses.begin() + static_cast<std::ptrdiff_t>(among.first);
+            auto const last = _addresses.begin() + static_cast<std::ptrdiff_t>(among.second);
+            _position = static_cast<std::size_t>(first - parent->children.begin()) -
+                        static_cast<std::size_t>(std::lower_bound(before, last, first, std::less<>()) - before);
             goesWithAnother = covered != Nowhere;
         }
         return true;
@@ -473,7 +476,7 @@ void OmDimension::insertChild(OmCellText const& text, std::vector<Node*> nodes) 
     std::for_each(listed.rbegin(), listed.rend(), [&](TreeNode* node) { leaving.Destroy(node); });
     // The home has lost a child, so there is room for the group.
     Node const home = leaving.Home();
-    Tree::InsertAt(home, std::move(group), std::min(leaving.Position(), home.ChildCount()));
+    Tree::InsertAt(home, std::move(group), leaving.Position());
     Tree::Reparent(Root(), true);
 }
 

@@ -90,12 +90,15 @@ INSTANTIATE_TEST_SUITE_P(OneParent, OmDimensionGatherings,
                                            Gathering{"a b c d", {"d"}, "a b c NEW(d)"},
                                            Gathering{"a b c d", {"a", "b", "c", "d"}, "NEW(a b c d)"},
                                            Gathering{"a b c d", {"d", "c", "b", "a"}, "NEW(d c b a)"},
-                                           Gathering{"a b c d e", {"c", "a", "e"}, "b d NEW(c a e)"}));
+                                           Gathering{"a b c d e", {"c", "a", "e"}, "b NEW(c a e) d"}));
 
-// The place is noted as a position, so listed siblings before the first one let the group come later.
+// The sibling before the first listed one is followed while others go; where it goes itself, the one before it is.
 INSTANTIATE_TEST_SUITE_P(ListedSiblingsBeforeTheFirst, OmDimensionGatherings,
-                         ::testing::Values(Gathering{"a b c d e f", {"c", "a"}, "b d NEW(c a) e f"},
-                                           Gathering{"a b c d e", {"c", "b"}, "a d NEW(c b) e"},
+                         ::testing::Values(Gathering{"a b c d e f", {"c", "a"}, "b NEW(c a) d e f"},
+                                           Gathering{"a b c d e", {"c", "b"}, "a NEW(c b) d e"},
+                                           Gathering{"a b c d e", {"d", "b"}, "a c NEW(d b) e"},
+                                           Gathering{"a b c d e", {"d", "c", "a"}, "b NEW(d c a) e"},
+                                           Gathering{"a b c d e", {"c", "b", "a"}, "NEW(c b a) d e"},
                                            Gathering{"a b c d", {"d", "b"}, "a c NEW(d b)"},
                                            Gathering{"a b c d", {"d", "a", "b"}, "c NEW(d a b)"}));
 
