@@ -47,3 +47,44 @@ TEST(InsertChild, SiblingThatIsListedItselfHandsItsPlaceOn) {
     EXPECT_EQ(Gathered("a b c d e", {"d", "c", "a"}), "b g(d c a) e");
     EXPECT_EQ(Gathered("a b c d e", {"c", "b", "a"}), "g(c b a) d e");
 }
+
+// --- a dimension whose name was taken away ---------------------------------------------------------------------------
+
+namespace {
+
+/// A dimension with categories, whose root's text went to another node.
+struct NamelessWorld : GrownWorld {
+    NamelessWorld() : GrownWorld("A(p q) b") { thief = Root().Value(); }
+
+    OmDimensionNode thief{};
+};
+
+} // namespace
+
+TEST(NamelessDimension, IsNeverFound) {
+    NamelessWorld world;
+    ASSERT_EQ(world.Root().Value().Text(), nullptr);
+    world.table.AddDimension(Label("E"));
+    EXPECT_EQ(world.table.FindDimension(Label("D")), -1);
+    EXPECT_EQ(world.table.FindDimension(Label("")), -1);
+    EXPECT_EQ(world.table.FindDimension(Label("E")), 1);
+}
+
+TEST(NamelessDimension, IsCopiedWithoutAName) {
+    NamelessWorld world;
+    OmDimension& copy = world.table.AddDimension(world.dimension);
+    EXPECT_EQ(copy.Root().Value().Text(), nullptr);
+    EXPECT_EQ(Categories(copy), "A(p q) b");
+    EXPECT_EQ(world.table.FindDimension(Label("D")), -1);
+    copy.Root().Value().Text(Label("D"));
+    EXPECT_EQ(world.table.FindDimension(Label("D")), 1);
+}
+
+TEST(NamelessDimension, GrowsAndIsRearranged) {
+    NamelessWorld world;
+    world.dimension.Child(world.Root(), Label("c"), 7, false);
+    world.dimension.insertCategory(Label("d"), world.Root(), world.Root(), false);
+    Node node = world.Named("A");
+    world.dimension.insertChild(Label("G"), {&node});
+    EXPECT_EQ(Categories(world.dimension), "G(A(p q)) b c d");
+}

@@ -65,6 +65,7 @@ public:
     ConstNode Root() const { return _tree.Root(); }
 
     /// The root's text: the dimension's name.
+    /// REQUIRES: the root has one. An assignment from its value takes it away; ask the value's `Text()` then.
     OmCellText& Name() { return *_tree.Root().Value().Text(); }
     OmCellText const& Name() const { return *_tree.Root().Value().Text(); }
 

@@ -54,7 +54,9 @@ OmDimension& OmPivotTable::AddDimension(OmDimension const& other) { return _my->
 
 int OmPivotTable::FindDimension(OmCellText const& name) const {
     for (std::size_t k = 0; k < NDimensions(); ++k) {
-        if (OmCellText::Equal(_my->_dimensions[k]->Name(), name)) {
+        OmDimension const& dimension = *_my->_dimensions[k];
+        OmCellText const* const itsName = dimension.Root().Value().Text();
+        if (itsName != nullptr && OmCellText::Equal(*itsName, name)) {
             return static_cast<int>(k);
         }
     }

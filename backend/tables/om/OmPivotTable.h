@@ -79,10 +79,11 @@ public:
     /// Adds a dimension without categories, named by a clone of `name`, and returns it; the table owns it. Cells stored
     /// before get subscript 0 on it. It stands on no axis until its number is written into one.
     OmDimension& AddDimension(OmCellText const& name);
-    /// The same with a deep copy of `other`, which may belong to another table.
+    /// The same with a deep copy of `other`, which may belong to another table and need not have a name.
     OmDimension& AddDimension(OmDimension const& other);
 
-    /// Number of the first dimension with this name, or -1.
+    /// Number of the first dimension with this name, or -1. A dimension whose name an assignment took away is never
+    /// found.
     int FindDimension(OmCellText const& name) const;
 
     /// The dimension; valid as long as the table. Throws OMSException "OmPivotTable::Dimension() -- which < 0" (which,

@@ -87,7 +87,9 @@ void OmPivotTable::Data::Adopt(OmDimension* dimension) {
 OmDimension& OmPivotTable::Data::Append(OmDimension* dimension) {
     Adopt(dimension);
     dimension->Index(static_cast<int>(_dimensions.size()) - 1);
-    dimension->Name().Accept(helper);
+    if (OmCellText* const name = dimension->Root().Value().Text()) {
+        name->Accept(helper);
+    }
     return *dimension;
 }
 
