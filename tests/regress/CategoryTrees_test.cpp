@@ -3,6 +3,7 @@
 
 #include "backend/tables/om/OmPivotTable.h"
 #include "omcell/OmStringCell.h"
+#include "tests/support/AssertionCatcher.h"
 #include "tests/support/CategoryText.h"
 
 #include <gtest/gtest.h>
@@ -87,4 +88,18 @@ TEST(NamelessDimension, GrowsAndIsRearranged) {
     Node node = world.Named("A");
     world.dimension.insertChild(Label("G"), {&node});
     EXPECT_EQ(Categories(world.dimension), "G(A(p q)) b c d");
+}
+
+// --- EraseChild ------------------------------------------------------------------------------------------------------
+
+TEST(EraseChild, TakesANodeAsWellAsAPosition) {
+    GrownWorld world("A(p q) b c");
+    OmDimension::Tree::EraseChild(world.Root(), world.Named("b"));
+    OmDimension::Tree::EraseChild(world.Named("A"), world.Named("p"));
+    EXPECT_EQ(Categories(world.dimension), "A(q) c");
+    omtest::AssertionCatcher caught(omtest::AfterReport::Return);
+    OmDimension::Tree::EraseChild(world.Root(), world.Named("q"));
+    OmDimension::Tree::EraseChild(world.Root(), 2);
+    EXPECT_EQ(caught.Reports().size(), 2U);
+    EXPECT_EQ(Categories(world.dimension), "A(q) c");
 }

@@ -80,6 +80,13 @@ public:
     T& back() { return _last[-1]; }
     T const& back() const { return _last[-1]; }
 
+    /// Makes room for one more element, as an insertion would. Throws std::bad_alloc; nothing has changed then.
+    void MakeRoom() {
+        if (_last == _end) {
+            Relocate(NextCapacity());
+        }
+    }
+
     /// Does nothing when the capacity is at least `count` already; otherwise takes exactly `count` elements' room.
     void reserve(size_type count) {
         if (count > capacity()) {
@@ -109,22 +116,35 @@ public:
     /// Moves the element given by `source`'s bytes in before `position`. The source's storage is raw afterwards: its
     /// destructor must not run. O(size).
     void RelocateIn(size_type position, T* source) {
-        if (_last == _end) {
-            Relocate(NextCapacity());
-        }
+        MakeRoom();
         std::memcpy(static_cast<void*>(_last), static_cast<void const*>(source), sizeof(T));
         ++_last;
         RotateLastTo(position);
     }
 
-    /// Destroys the element and moves every later one down one place, byte for byte. O(elements behind it).
+    /// Takes the element out, moves every later one down one place, byte for byte, and destroys it. So whatever its
+    /// destructor does to this vector meets one that does not hold the element any more. O(elements behind it).
     /// REQUIRES: position < size().
-    void erase(size_type position) {
-        _first[position].~T();
-        CloseGap(position);
-    }
+    void erase(size_type position) { Taken(*this, position); }
 
-    /// The second half of `erase`, for an element that was destroyed already.
+    /// An element that was taken out, to be destroyed with this object.
+    class Taken {
+    public:
+        /// Moves the later elements down as `erase` does.
+        Taken(OmVector& vector, size_type position) {
+            std::memcpy(_bytes, static_cast<void const*>(vector._first + position), sizeof(T));
+            vector.CloseGap(position);
+        }
+        ~Taken() { std::launder(reinterpret_cast<T*>(_bytes))->~T(); }
+
+        Taken(Taken const&) = delete;
+        Taken& operator=(Taken const&) = delete;
+
+    private:
+        alignas(T) unsigned char _bytes[sizeof(T)];
+    };
+
+    /// Closes the gap that an element left whose bytes went elsewhere or which was destroyed.
     void CloseGap(size_type position) {
         T* const gap = _first + position;
         std::memmove(static_cast<void*>(gap), static_cast<void const*>(gap + 1),
@@ -132,13 +152,26 @@ public:
         --_last;
     }
 
-    /// Destroys every element, first to last; the storage is kept.
-    void clear() { DestroyAll(); }
+    /// Destroys every element, first to last; the storage is kept. What a destructor adds meanwhile stays, in other
+    /// storage.
+    void clear() {
+        OmVector gone(_region);
+        gone.SwapStorage(*this);
+        gone.DestroyAll();
+        if (_first == nullptr) {
+            gone.SwapStorage(*this);
+        }
+    }
 
-    /// Destroys every element, first to last, and gives the storage back.
+    /// Destroys every element, first to last, and gives the storage back. What a destructor adds meanwhile stays.
     void Free() {
-        DestroyAll();
-        FreeRaw();
+        T* const first = std::exchange(_first, nullptr);
+        T* const last = std::exchange(_last, nullptr);
+        _end = nullptr;
+        for (T* element = first; element != last; ++element) {
+            element->~T();
+        }
+        OmMemoryRegion::Release(first);
     }
 
     /// Gives the storage back without running a destructor, for elements that were destroyed already.
@@ -150,9 +183,7 @@ public:
     /// Exchanges storage and region.
     void swap(OmVector& other) noexcept {
         std::swap(_region, other._region);
-        std::swap(_first, other._first);
-        std::swap(_last, other._last);
-        std::swap(_end, other._end);
+        SwapStorage(other);
     }
 
     friend bool operator==(OmVector const& a, OmVector const& b) {
@@ -169,6 +200,12 @@ public:
     friend bool operator!=(OmVector const& a, OmVector const& b) { return !(a == b); }
 
 private:
+    void SwapStorage(OmVector& other) noexcept {
+        std::swap(_first, other._first);
+        std::swap(_last, other._last);
+        std::swap(_end, other._end);
+    }
+
     size_type NextCapacity() const {
         size_type capacity = 4;
         while (capacity <= size()) {

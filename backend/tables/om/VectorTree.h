@@ -167,10 +167,25 @@ public:
     /// `Reparent`.
     static void InsertAt(Node const& parent, Subtree subtree, std::size_t position);
 
-    /// Destroys child number `position` with its whole subtree and closes the gap by a plain memory move. The moved
-    /// siblings' own children still point at the old addresses until `Reparent`.
-    /// REQUIRES: position < parent.ChildCount().
+    /// Moves the subtree in as the last child of `parent`, as `AddChild` does with a copy: parent pointers hold
+    /// afterwards, but for the subtree's own. Throws std::bad_alloc; the tree is as it was then.
+    static void AppendSubtree(Node const& parent, Subtree subtree);
+
+    /// Makes room for one more child, as an insertion would, so that the next one cannot fail. Parent pointers hold
+    /// afterwards. Throws std::bad_alloc; nothing has changed then.
+    static void MakeRoom(Node const& parent);
+
+    /// Takes child number `position` out, closes the gap by a plain memory move, and destroys the node with its whole
+    /// subtree. The moved siblings' own children still point at the old addresses until `Reparent`.
+    /// REQUIRES: position < parent.ChildCount(). A hardened check; the call does nothing when its handler returns.
     static void EraseChild(Node const& parent, std::size_t position);
+
+    /// The same for the child that `node` names.
+    /// REQUIRES: `node` is a child of `parent`. A hardened check, too.
+    static void EraseChild(Node const& parent, ConstNode const& node);
+
+    /// A child that was taken out of its parent as `EraseChild` does, and is destroyed with this object.
+    class TakenChild;
 
     /// Position of the first child whose value equals `value`, or NoPosition.
     static unsigned int ChildPosition(ConstNode const& parent, T const& value);
@@ -203,7 +218,38 @@ private:
         return child;
     }
 
+    /// Position of `node` among the children of `parent`; ChildCount() when it is none of them. The node may stand in
+    /// an unrelated block, so the distance is taken on plain addresses.
+    static std::size_t OffsetOf(TreeNode const* node, TreeNode const& parent) {
+        OmVector<TreeNode> const& children = parent.children;
+        std::size_t const offset =
+            (reinterpret_cast<std::uintptr_t>(node) - reinterpret_cast<std::uintptr_t>(children.data())) /
+            sizeof(TreeNode);
+        return offset < children.size() ? offset : children.size();
+    }
+
+    /// After the children of `above` may have moved, `before` being where they were.
+    static void AdoptGrandchildren(TreeNode& above, TreeNode const* before) {
+        if (above.children.data() != before) {
+            for (TreeNode& child : above.children) {
+                child.AdoptChildren();
+            }
+        }
+    }
+
     TreeNode _root;
+};
+
+template <typename T>
+class OmVectorTree<T>::TakenChild {
+public:
+    /// REQUIRES: position < parent.ChildCount().
+    TakenChild(Node const& parent, std::size_t position) : _taken(parent.Ptr()->children, position) {
+        parent.Ptr()->ChildrenChanged();
+    }
+
+private:
+    typename OmVector<TreeNode>::Taken _taken;
 };
 
 /// Steps over the children of one node, giving each as a handle.
@@ -407,12 +453,26 @@ typename OmVectorTree<T>::Node OmVectorTree<T>::EmplaceChild(Node const& parent,
     OmVector<TreeNode>& children = above->children;
     TreeNode* const before = children.data();
     Append(*above, Region(), std::forward<Arguments>(arguments)...);
-    if (children.data() != before && children.size() > 1) {
-        for (TreeNode& child : children) {
-            child.AdoptChildren();
-        }
+    if (children.size() > 1) {
+        AdoptGrandchildren(*above, before);
     }
     return parent.Child(children.size() - 1);
+}
+
+template <typename T>
+void OmVectorTree<T>::AppendSubtree(Node const& parent, Subtree subtree) {
+    MakeRoom(parent);
+    InsertAt(parent, std::move(subtree), parent.ChildCount());
+    parent.Ptr()->children.back().parent = parent.Ptr();
+    parent.Ptr()->children.back().AdoptChildren();
+}
+
+template <typename T>
+void OmVectorTree<T>::MakeRoom(Node const& parent) {
+    TreeNode* const above = parent.Ptr();
+    TreeNode const* const before = above->children.data();
+    above->children.MakeRoom();
+    AdoptGrandchildren(*above, before);
 }
 
 template <typename T>
@@ -438,9 +498,15 @@ void OmVectorTree<T>::InsertAt(Node const& parent, Subtree subtree, std::size_t 
 
 template <typename T>
 void OmVectorTree<T>::EraseChild(Node const& parent, std::size_t position) {
-    TreeNode* const above = parent.Ptr();
-    above->children.erase(position);
-    above->ChildrenChanged();
+    if (OM_HARDENED(position < parent.ChildCount(), "position < parent.ChildCount()", "backend/tables/om/VectorTree",
+                    __LINE__)) {
+        TakenChild(parent, position);
+    }
+}
+
+template <typename T>
+void OmVectorTree<T>::EraseChild(Node const& parent, ConstNode const& node) {
+    EraseChild(parent, OffsetOf(node.Ptr(), *parent.Ptr()));
 }
 
 template <typename T>
@@ -509,13 +575,9 @@ typename OmVectorTree<T>::Node OmVectorTree<T>::Counterpart(ConstNode const& nod
     std::vector<std::size_t> path;
     TreeNode const* place = node.Ptr();
     for (unsigned int depth = node.Depth(); depth > 0; --depth) {
-        OmVector<TreeNode> const& vec = place->parent->children;
-        // A stale parent pointer may name an unrelated block, so the distance is taken on plain addresses.
-        std::uintptr_t const distance =
-            reinterpret_cast<std::uintptr_t>(place) - reinterpret_cast<std::uintptr_t>(vec.data());
-        std::size_t const offset = distance / sizeof(TreeNode);
-        if (!OM_ASSERT(offset < vec.size(), "0 <= offset && offset < vec.size()", "backend/tables/om/VectorTree",
-                       __LINE__)) {
+        std::size_t const offset = OffsetOf(place, *place->parent);
+        if (!OM_ASSERT(offset < place->parent->children.size(), "0 <= offset && offset < vec.size()",
+                       "backend/tables/om/VectorTree", __LINE__)) {
             return Node();
         }
         path.push_back(offset);
