@@ -31,6 +31,13 @@ void SetTracker(OmDimensionNode& node, icuTracker* tracker) {
     }
 }
 
+/// The clone in the tree has a tracker of its own to keep; our own kinds carry it over inside an arena.
+void SetTrackerAgain(OmDimensionNode& node, icuTracker* tracker) {
+    if (TrackerOf(node) != tracker) {
+        SetTracker(node, tracker);
+    }
+}
+
 void RequireGroup(OmDimensionNode const& parent) {
     if (!parent.IsGroup()) {
         throw OMSException("OmDimension::Child -- parent is not group");
@@ -89,8 +96,7 @@ OmDimension::~OmDimension() = default;
 // --- find and create -------------------------------------------------------------------------------------------------
 
 OmDimension::Found OmDimension::Search(ConstNode const& parent, OmDimensionNode const& probe) {
-    OmVector<int> scratch;
-    ChildIndex::Entries const entries = ChildIndex::EntriesOf(parent.Value()._childIndex, scratch);
+    ChildIndex::Entries const entries = ChildIndex::EntriesOf(parent.Value()._childIndex);
     OmVector<TreeNode> const& children = parent.Ptr()->children;
     std::size_t const place =
         LowerBound(entries, children, [&](OmDimensionNode const& child) { return child < probe; });
@@ -104,8 +110,7 @@ OmDimension::Found OmDimension::Search(ConstNode const& parent, OmDimensionNode 
 }
 
 std::optional<OmDimension::Found> OmDimension::Search(ConstNode const& parent, LabelKey const& label, bool isGroup) {
-    OmVector<int> scratch;
-    ChildIndex::Entries const entries = ChildIndex::EntriesOf(parent.Value()._childIndex, scratch);
+    ChildIndex::Entries const entries = ChildIndex::EntriesOf(parent.Value()._childIndex);
     OmVector<TreeNode> const& children = parent.Ptr()->children;
     bool allPlain = true;
     Found found{0, -1};
@@ -131,17 +136,42 @@ std::optional<OmDimension::Found> OmDimension::Search(ConstNode const& parent, L
     return allPlain ? std::optional<Found>(found) : std::nullopt;
 }
 
-OmDimension::Node OmDimension::Append(Node const& parent, OmDimensionNode const& value) {
-    icuTracker* const tracker = TrackerOf(value);
-    Node const child = _tree.AddChild(parent, value);
-    // The clone in the tree has a tracker of its own to keep; our own kinds carry it over inside an arena.
-    if (TrackerOf(child.Value()) != tracker) {
-        SetTracker(child.Value(), tracker);
-    }
-    if (!value.IsGroup()) {
+// A text of a program's own may use the dimension while it is cloned, so the clone that the tree gets is made beside
+// it.
+OmDimension::Tree::Subtree OmDimension::Cloned(OmDimensionNode const& value) const {
+    Tree::Subtree child(&Region(), nullptr, Tree::CopyOf{}, value);
+    SetTrackerAgain(child.Ptr()->value, TrackerOf(value));
+    return child;
+}
+
+OmDimension::Node OmDimension::Append(Node const& parent, Tree::Subtree child, std::size_t place) {
+    OmDimensionNode& above = parent.Value();
+    bool const isGroup = child.Ptr()->value.IsGroup();
+    Tree::MakeRoom(parent);
+    ChildIndex::Insert(above._childIndex, place, static_cast<int>(ChildIndex::SizeOf(above._childIndex)),
+                       above.Region());
+    Tree::AppendSubtree(parent, std::move(child));
+    if (!isGroup) {
         CountLeaf();
     }
-    return child;
+    return parent.Child(parent.ChildCount() - 1);
+}
+
+OmDimension::Node OmDimension::AppendString(Node const& parent, OmDimensionNode const& value) {
+    OmDimensionNode& above = parent.Value();
+    std::size_t const place = ChildIndex::SizeOf(above._childIndex);
+    ChildIndex::Insert(above._childIndex, place, static_cast<int>(place), above.Region());
+    try {
+        Node const child = _tree.AddChild(parent, value);
+        SetTrackerAgain(child.Value(), TrackerOf(value));
+        if (!value.IsGroup()) {
+            CountLeaf();
+        }
+        return child;
+    } catch (...) {
+        ChildIndex::TakeBack(above._childIndex, place);
+        throw;
+    }
 }
 
 OmDimension::Node OmDimension::Append(Node const& parent, OmStringCell const& text, Fields const& fields) {
@@ -201,20 +231,24 @@ OmDimension::Node OmDimension::FindOrCreate(Node const& parent, OmDimensionNode 
     OmDimensionNode copy(value, &Region());
     SetTracker(copy, TrackerOf(parent.Value()));
     ChildIndex::Destroy(std::exchange(copy._childIndex, nullptr));
-    OmDimensionNode& above = parent.Value();
-    ChildIndex::Settle(above._childIndex);
-    Found const found = Search(parent, copy);
-    if (found.position >= 0) {
-        return parent.Child(static_cast<std::size_t>(found.position));
+    ChildIndex*& index = parent.Value()._childIndex;
+    ChildIndex::Settle(index);
+    Found found = Search(parent, copy);
+    if (found.position < 0) {
+        std::size_t const entries = ChildIndex::SizeOf(index);
+        std::size_t const children = parent.ChildCount();
+        Tree::Subtree child = Cloned(copy);
+        if (entries == ChildIndex::SizeOf(index) && children == parent.ChildCount()) {
+            return Append(parent, std::move(child), found.place);
+        }
+        // The text has changed the children while it was cloned, and may even have added this one.
+        ChildIndex::Settle(index);
+        found = Search(parent, copy);
+        if (found.position < 0) {
+            return Append(parent, std::move(child), found.place);
+        }
     }
-    ChildIndex::Insert(above._childIndex, found.place, static_cast<int>(ChildIndex::SizeOf(above._childIndex)),
-                       above.Region());
-    try {
-        return Append(parent, copy);
-    } catch (...) {
-        above._childIndex->Erase(found.place);
-        throw;
-    }
+    return parent.Child(static_cast<std::size_t>(found.position));
 }
 
 // The copies that a text of another kind would see made and discarded are not made: a string cell cannot tell.
@@ -229,10 +263,9 @@ OmDimension::Node OmDimension::FindOrCreate(Node const& parent, OmStringCell con
     if (position >= 0) {
         return parent.Child(static_cast<std::size_t>(position));
     }
-    if (ChildIndex::SizeOf(index) == LabelHash::Most) {
+    if (ChildIndex::SizeOf(index) == LabelHash::Most || !ChildIndex::Add(index, label, parent.Value().Region())) {
         return FindOrCreateByBisection(parent, text, label, fields);
     }
-    ChildIndex::Add(index, label, parent.Value().Region());
     try {
         return Append(parent, text, fields);
     } catch (...) {
@@ -260,7 +293,7 @@ OmDimension::Node OmDimension::FindOrCreateByBisection(Node const& parent, OmStr
     try {
         return Append(parent, text, fields);
     } catch (...) {
-        index->Erase(found->place);
+        ChildIndex::TakeBack(index, found->place);
         throw;
     }
 }
@@ -269,8 +302,7 @@ OmDimension::Node OmDimension::FindOrCreateByBisection(Node const& parent, OmStr
 bool OmDimension::TryToHash(TreeNode& parent) const {
     OmMemoryRegion& region = Region();
     OmVector<TreeNode> const& children = parent.children;
-    OmVector<int> scratch;
-    ChildIndex::Entries const entries = ChildIndex::EntriesOf(parent.value._childIndex, scratch);
+    ChildIndex::Entries const entries = ChildIndex::EntriesOf(parent.value._childIndex);
     if (region.IsDefaultHeap() || entries.size() != children.size()) {
         return false;
     }
@@ -288,11 +320,10 @@ bool OmDimension::TryToHash(TreeNode& parent) const {
         }
         before = &child;
     }
-    ChildIndex::MakeHash(*parent.value._childIndex, region, [&](std::size_t position) {
+    return ChildIndex::MakeHash(*parent.value._childIndex, region, [&](std::size_t position) {
         OmDimensionNode const& child = children[position].value;
         return LabelKey(PlainText::Bytes(*PlainText::Of(child.Text())), child.IsGroup());
     });
-    return true;
 }
 
 OmDimension::Node OmDimension::AddNewChild(Node const& parent, OmCellText const& text, unsigned long long subscript,
@@ -301,16 +332,14 @@ OmDimension::Node OmDimension::AddNewChild(Node const& parent, OmCellText const&
     OmDimensionNode copy(value, &Region());
     SetTracker(copy, TrackerOf(parent.Value()));
     ChildIndex::Destroy(std::exchange(copy._childIndex, nullptr));
-    OmDimensionNode& above = parent.Value();
-    std::size_t const place = ChildIndex::SizeOf(above._childIndex);
-    ChildIndex::Settle(above._childIndex);
-    ChildIndex::Insert(above._childIndex, place, static_cast<int>(place), above.Region());
-    try {
-        return Append(parent, copy);
-    } catch (...) {
-        above._childIndex->Erase(place);
-        throw;
+    ChildIndex* const& index = parent.Value()._childIndex;
+    if (PlainText::Of(copy.Text()) != nullptr) {
+        ChildIndex::Settle(index);
+        return AppendString(parent, copy);
     }
+    Tree::Subtree child = Cloned(copy);
+    ChildIndex::Settle(index);
+    return Append(parent, std::move(child), ChildIndex::SizeOf(index));
 }
 
 int OmDimension::FindChild(ConstNode parent, OmCellText const& text, bool isGroup) {
@@ -334,9 +363,12 @@ OmDimension::Node OmDimension::Counterpart(Node& node) { return Tree::Counterpar
 
 // --- counts ----------------------------------------------------------------------------------------------------------
 
-unsigned long long OmDimension::LargestLeafSubscript() const {
+unsigned long long OmDimension::LargestLeafSubscript(TreeNode const* without) const {
     std::uint32_t largest = 0;
     Tree::WalkPreOrder(Root(), [&](ConstNode const& node) {
+        if (node.Ptr() == without) {
+            return false;
+        }
         if (node.Depth() == 0 || node.Value().IsGroup()) {
             return true;
         }

@@ -40,8 +40,14 @@ class LabelKey;
 ///
 /// A table makes its dimensions, owns them, and keeps everything in them in its memory region. Handles (`Node`) go
 /// stale when the children vector that holds their node changes; re-fetch them from `Root()` after every change.
-/// `Delete`, `moveChild` and `insertChild` change nothing when they are given the root where a child is needed, or a
-/// node of another dimension.
+/// `Delete`, `moveChild` and `insertChild` change nothing when they are given the root where a child is needed, a node
+/// of another dimension or a null handle; for `removeChild` and `insertCategory` a node of another dimension is a
+/// hardened check. `Child` and `AddNewChild` trust that `parent` stands in this dimension.
+///
+/// An operation that throws, for want of memory or because a text threw, leaves the dimension as it was. Labels of a
+/// program's own kinds are cloned and compared before anything changes, and destroyed when all is done, so a label may
+/// use the dimension while one of the three is done to it. It must leave the nodes that the running operation was
+/// given, and those that are copied, where they are: handles go stale for the operation as for anybody.
 ///
 /// Costs: n is the number of nodes; the depth of an operand comes on top. Where a cost says "repair", every parent
 /// pointer below the named node is set anew. Parent pointers below the later siblings of a node that `Delete` removed
@@ -97,8 +103,8 @@ public:
     Node AddNewChild(Node const& parent, OmCellText const& text, unsigned long long subscript, bool isGroup);
 
     /// Position of the child of `parent` with this label and group flag, by parent's child index, or -1. O(1) on
-    /// average where there is a hash, else O(log children); a text of a program's own kind among hashed labels has to
-    /// have them sorted first, O(children log children).
+    /// average where there is a hash, else O(log children); a text of a program's own kind among hashed labels has
+    /// those sorted in first that were added since one was looked for, and takes memory for that.
     static int FindChild(ConstNode parent, OmCellText const& text, bool isGroup);
 
     /// The node of this dimension at the path that `node` has in a dimension of the same shape. O(depth).
@@ -114,7 +120,8 @@ public:
     /// Dissolves a group: its children take its place among its siblings. Sets the node's subscript to 2^64 - 2 first;
     /// a node without children, and the root, stay in place with it. The place is found by equality, the first of equal
     /// siblings; a node whose label does not even equal itself stays. Number of categories and child indexes stay.
-    /// O(subtree), and repair below the parent.
+    /// O(subtree), and repair below the parent. A node of another dimension fails the hardened check "node stands in
+    /// this dimension"; nothing changes when its handler returns.
     void removeChild(Node& node);
 
     /// Moves a node with its subtree. Number of categories and child indexes stay. Siblings are found by equality, the
@@ -141,7 +148,8 @@ public:
     /// Adds a leaf before or after `reference` under `parent` and returns a copy of its value, which lives in this
     /// dimension's region and must be gone before that. Its subscript is the largest leaf subscript plus one; its label
     /// takes the tracker of reference's label. Places are found by equality, the first of equal siblings. The child
-    /// index stays. O(n).
+    /// index stays. O(n). Nodes of another dimension fail the hardened check "reference and parent stand in this
+    /// dimension"; when its handler returns, nothing changes and the value that comes back has subscript all ones.
     OmDimensionNode insertCategory(OmCellText const& text, Node reference, Node parent, bool before);
 
     /// Largest depth of a node plus one: 1 without categories, 2 for a flat list. O(n).
@@ -191,7 +199,11 @@ private:
                                  Fields const& fields);
     bool TryToHash(TreeNode& parent) const;
 
-    Node Append(Node const& parent, OmDimensionNode const& value);
+    Tree::Subtree Cloned(OmDimensionNode const& value) const;
+    /// Puts the child behind the others, and its entry at `place` of parent's child index.
+    Node Append(Node const& parent, Tree::Subtree child, std::size_t place);
+    /// The same at the end, of a copy whose label is a string cell.
+    Node AppendString(Node const& parent, OmDimensionNode const& value);
     Node Append(Node const& parent, OmStringCell const& text, Fields const& fields);
 
     bool PathOf(ConstNode const& node, Path& path) const;
@@ -199,11 +211,14 @@ private:
     Node At(Path const& path);
     void RepairBelow(Path const& path) { Tree::Reparent(At(path), true); }
 
+    OmDimensionNode InsertLeaf(OmCellText const& text, Node const& reference, Node const& parent, bool before);
+    void Dissolve(Path const& path);
     void SwapSiblings(Path node, Path target);
     void MoveBefore(Path node, Path target);
     void MoveToVisibleAncestor(Path node);
 
-    unsigned long long LargestLeafSubscript() const;
+    /// In the whole dimension, or in what is left of it without a node and its subtree.
+    unsigned long long LargestLeafSubscript(TreeNode const* without = nullptr) const;
     static unsigned int getDepth(ConstNode node);
     static void getGroupCountsByLevel(ConstNode node, std::vector<unsigned long long>& counts);
 

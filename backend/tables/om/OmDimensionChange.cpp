@@ -1,6 +1,7 @@
 // The operations of OmDimension that rearrange a tree. Nodes shift while a tree changes, so operands are named by their
 // paths, and each path is corrected after each step; `insertChild`, which takes any number of them, goes by addresses.
 
+#include "backend/tables/Assert.h"
 #include "backend/tables/om/OmDimension.h"
 #include "backend/tables/om/detail/ChildIndex.h"
 #include "omcell/OmCellText.h"
@@ -12,17 +13,17 @@
 #include <functional>
 #include <iterator>
 #include <limits>
-#include <memory>
+#include <numeric>
+#include <optional>
 #include <utility>
 
 namespace {
 
+[[maybe_unused]] constexpr char Source[] = "backend/tables/om/OmDimension";
+
 using Tree = OmDimension::Tree;
 using TreeNode = Tree::TreeNode;
 using Path = std::vector<std::size_t>;
-
-/// A value that is looked for by equality; null for none. Shared, because assigning a node value would move its label.
-using Noted = std::shared_ptr<OmDimensionNode const>;
 
 Path ParentOf(Path const& path) { return {path.begin(), path.end() - 1}; }
 
@@ -58,32 +59,51 @@ bool Holds(OmVector<TreeNode> const& children, TreeNode const* node) {
     return address(node) >= address(children.begin()) && address(node) < address(children.end());
 }
 
-/// Erases a child and empties the place that falls free at the end of the block. Until pointers are repaired, the
-/// children of a moved sibling may point there: they find a node without children, which leads nowhere, instead of
-/// left-over bytes whose own parent pointer names a block that may be gone.
-void Erase(OmDimension::Node const& parent, std::size_t position) {
-    Tree::EraseChild(parent, position);
-    std::memset(static_cast<void*>(parent.Ptr()->children.end()), 0, sizeof(TreeNode));
-}
-
-Noted NoteValue(OmDimension::ConstNode const& parent, std::size_t position) {
-    if (position >= parent.ChildCount()) {
-        return nullptr;
+/// A child that leaves its parent, and is destroyed with this object: what its labels' destructors do to the dimension
+/// meets one that is complete, if this object is made before what is still to be done and outlives it.
+///
+/// Empties the place that falls free at the end of the block. Until pointers are repaired, the children of a moved
+/// sibling may point there: they find a node without children, which leads nowhere, instead of left-over bytes whose
+/// own parent pointer names a block that may be gone.
+class Leaving {
+public:
+    Leaving(OmDimension::Node const& parent, std::size_t position) : _child(parent, position) {
+        std::memset(static_cast<void*>(parent.Ptr()->children.end()), 0, sizeof(TreeNode));
     }
-    return std::make_shared<OmDimensionNode const>(parent.Child(position).Value());
-}
 
-/// Inserts before the first child equal to `reference`, at the end when there is none; returns the position.
-std::size_t InsertBefore(OmDimension::Node const& parent, Tree::Subtree subtree, OmDimensionNode const* reference) {
-    std::size_t position = parent.ChildCount();
-    if (reference != nullptr) {
-        unsigned int const found = Tree::ChildPosition(parent, *reference);
-        if (found != Tree::NoPosition) {
-            position = found;
+private:
+    Tree::TakenChild _child;
+};
+
+/// The children of a node as they will stand, for finding places while nothing has changed yet: comparing labels may
+/// fail, and a program's own kind may use the dimension meanwhile.
+class Siblings {
+public:
+    explicit Siblings(OmDimension::Node const& parent) : _nodes(parent.ChildCount()) {
+        std::iota(_nodes.begin(), _nodes.end(), parent.Ptr()->children.begin());
+    }
+
+    void Erase(TreeNode const* node) { _nodes.erase(std::find(_nodes.begin(), _nodes.end(), node)); }
+
+    /// Inserts before the first one equal to `reference`, at the end when there is none or that is null; gives the
+    /// position.
+    std::size_t InsertBefore(TreeNode* node, OmDimensionNode const* reference) {
+        std::size_t position = _nodes.size();
+        if (reference != nullptr) {
+            auto const isEqual = [&](TreeNode const* sibling) { return sibling->value == *reference; };
+            auto const place = std::find_if(_nodes.begin(), _nodes.end(), isEqual);
+            position = static_cast<std::size_t>(place - _nodes.begin());
         }
+        _nodes.insert(_nodes.begin() + static_cast<std::ptrdiff_t>(position), node);
+        return position;
     }
-    Tree::InsertAt(parent, std::move(subtree), position);
-    return position;
+
+private:
+    std::vector<TreeNode*> _nodes;
+};
+
+OmDimensionNode const* ValueAt(OmDimension::ConstNode const& parent, std::size_t position) {
+    return position < parent.ChildCount() ? &parent.Child(position).Value() : nullptr;
 }
 
 /// Inserts the subtrees, in their order, before child `position`; later siblings move once. When memory runs out,
@@ -118,6 +138,9 @@ OmDimension::Node OmDimension::At(Path const& path) {
 bool OmDimension::PathOf(ConstNode const& node, Path& path) const {
     TreeNode const* const root = Root().Ptr();
     path.clear();
+    if (node.IsNull()) {
+        return false;
+    }
     for (TreeNode const* place = node.Ptr(); place != root; place = place->parent) {
         if (place->parent == nullptr || !Holds(place->parent->children, place)) {
             return SearchPath(node.Ptr(), path);
@@ -160,33 +183,32 @@ void OmDimension::Delete(Node& node) {
     }
     std::size_t const removed = path.back();
     Node const parent = At(ParentOf(path));
-    Erase(parent, removed);
-
-    // The erasure has settled it.
-    om_detail::ChildIndex* const index = parent.Value()._childIndex;
-    std::size_t i = 0;
-    while (i < om_detail::ChildIndex::SizeOf(index)) {
-        int& place = index->First()[i];
-        std::size_t const entry = static_cast<unsigned int>(place);
-        if (entry == removed) {
-            // The entry at the removed position goes, not the one that names it.
-            index->Erase(removed < om_detail::ChildIndex::SizeOf(index) ? removed : i);
-            continue;
-        }
-        if (entry > removed) {
-            --place;
-        }
-        ++i;
-    }
-    _categories = static_cast<int>(LargestLeafSubscript() + 1);
+    int const categories = static_cast<int>(LargestLeafSubscript(parent.Child(removed).Ptr()) + 1);
+    Leaving const leaving(parent, removed);
+    om_detail::ChildIndex::Drop(parent.Value()._childIndex, removed);
+    _categories = categories;
 }
 
 void OmDimension::removeChild(Node& node) {
-    node.Value().Subscript(OmDimensionNode::DissolvedSubscript);
     Path path;
-    if (!PathOf(node, path) || path.empty()) {
+    if (!PathOf(node, path)) {
+        static_cast<void>(OM_HARDENED(false, "node stands in this dimension", Source, __LINE__));
         return;
     }
+    unsigned long long const before = node.Value().Subscript();
+    node.Value().Subscript(OmDimensionNode::DissolvedSubscript);
+    if (path.empty()) {
+        return;
+    }
+    try {
+        Dissolve(path);
+    } catch (...) {
+        node.Value().Subscript(before);
+        throw;
+    }
+}
+
+void OmDimension::Dissolve(Path const& path) {
     Node const parent = At(ParentOf(path));
     Node const dissolved = parent.Child(path.back());
     unsigned int const place = Tree::ChildPosition(parent, dissolved.Value());
@@ -205,7 +227,7 @@ void OmDimension::removeChild(Node& node) {
     std::move(equals.rbegin(), equals.rend(), std::back_inserter(copies));
     std::size_t const added = copies.size();
     InsertAll(parent, std::move(copies), place);
-    Erase(parent, place <= path.back() ? path.back() + added : path.back());
+    Leaving const leaving(parent, place <= path.back() ? path.back() + added : path.back());
     Tree::Reparent(parent, true);
 }
 
@@ -240,25 +262,27 @@ void OmDimension::SwapSiblings(Path node, Path target) {
     bool const siblings = nodeParent == targetParent;
     bool const targetFollows = siblings && target.back() == node.back() + 1;
 
-    // 1. the followers
-    Noted afterNode = NoteValue(At(nodeParent), node.back() + 1);
-    Noted afterTarget = NoteValue(At(targetParent), target.back() + 1);
+    Node const parentOfNode = At(nodeParent);
+    Node const parentOfTarget = At(targetParent);
+
+    // 1. the copies
+    Tree::Subtree nodeCopy = Tree::CopySubtree(At(node), nullptr, &Region());
+    Tree::Subtree targetCopy = Tree::CopySubtree(At(target), nullptr, &Region());
+
+    // 2. the followers
+    OmDimensionNode const* afterNode = ValueAt(parentOfNode, node.back() + 1);
+    OmDimensionNode const* afterTarget = ValueAt(parentOfTarget, target.back() + 1);
     if (targetFollows) {
         afterNode = afterTarget;
     } else if (siblings && node.back() == target.back() + 1) {
         afterTarget = afterNode;
     }
 
-    // 2. the copies
-    Tree::Subtree nodeCopy = Tree::CopySubtree(At(node), nullptr, &Region());
-    Tree::Subtree targetCopy = Tree::CopySubtree(At(target), nullptr, &Region());
-
     // 3. the first child equal to target goes; when node's parent would go with it, there is no way to carry on
     Path doomed = target;
-    ConstNode const parent = At(targetParent);
     for (std::size_t k = 0; k < target.back(); ++k) {
         bool const isNode = siblings && k == node.back();
-        if (!isNode && parent.Child(k).Value() == targetCopy.Ptr()->value) {
+        if (!isNode && parentOfTarget.Child(k).Value() == targetCopy.Ptr()->value) {
             doomed.back() = k;
             break;
         }
@@ -266,18 +290,36 @@ void OmDimension::SwapSiblings(Path node, Path target) {
     if (IsAtOrBelow(doomed, nodeParent)) {
         return;
     }
-    Erase(At(nodeParent), node.back());
+
+    // 4. the places: each copy's under its own former parent
+    Siblings ofNode(parentOfNode);
+    Siblings ofTarget(parentOfTarget);
+    Siblings& together = siblings ? ofNode : ofTarget;
+    ofNode.Erase(At(node).Ptr());
+    together.Erase(parentOfTarget.Child(doomed.back()).Ptr());
+    std::size_t nodePlace = 0;
+    std::size_t targetPlace = 0;
+    if (targetFollows) {
+        targetPlace = together.InsertBefore(targetCopy.Ptr(), afterNode);
+        nodePlace = ofNode.InsertBefore(nodeCopy.Ptr(), afterTarget);
+    } else {
+        nodePlace = ofNode.InsertBefore(nodeCopy.Ptr(), afterTarget);
+        targetPlace = together.InsertBefore(targetCopy.Ptr(), afterNode);
+    }
+
+    // 5. the exchange; what leaves makes room for what comes
+    std::optional<Leaving> leavingNode(std::in_place, parentOfNode, node.back());
     FollowErase(nodeParent, node.back(), doomed);
     FollowErase(nodeParent, node.back(), targetParent);
-    Erase(At(targetParent), doomed.back());
+    Leaving const leavingTarget(At(targetParent), doomed.back());
     FollowErase(targetParent, doomed.back(), nodeParent);
-
-    // 4. each copy under its own former parent
     auto const insertNode = [&] {
-        FollowInsert(nodeParent, InsertBefore(At(nodeParent), std::move(nodeCopy), afterTarget.get()), targetParent);
+        Tree::InsertAt(At(nodeParent), std::move(nodeCopy), nodePlace);
+        FollowInsert(nodeParent, nodePlace, targetParent);
     };
     auto const insertTarget = [&] {
-        FollowInsert(targetParent, InsertBefore(At(targetParent), std::move(targetCopy), afterNode.get()), nodeParent);
+        Tree::InsertAt(At(targetParent), std::move(targetCopy), targetPlace);
+        FollowInsert(targetParent, targetPlace, nodeParent);
     };
     if (targetFollows) {
         insertTarget();
@@ -287,11 +329,12 @@ void OmDimension::SwapSiblings(Path node, Path target) {
         insertTarget();
     }
 
-    // 5. the repair
+    // 6. the repair
     RepairBelow(nodeParent);
     if (!siblings) {
         RepairBelow(targetParent);
     }
+    leavingNode.reset();
 }
 
 void OmDimension::MoveBefore(Path node, Path target) {
@@ -301,10 +344,18 @@ void OmDimension::MoveBefore(Path node, Path target) {
     Path from = ParentOf(node);
     Path to = ParentOf(target);
     Tree::Subtree copy = Tree::CopySubtree(At(node), nullptr, &Region());
-    Noted const reference = NoteValue(At(to), target.back());
-    Erase(At(from), node.back());
+    if (from != to) {
+        Tree::MakeRoom(At(to));
+    }
+    Siblings siblings(At(to));
+    if (from == to) {
+        siblings.Erase(At(node).Ptr());
+    }
+    std::size_t const place = siblings.InsertBefore(copy.Ptr(), &At(target).Value());
+    Leaving const leaving(At(from), node.back());
     FollowErase(from, node.back(), to);
-    FollowInsert(to, InsertBefore(At(to), std::move(copy), reference.get()), from);
+    Tree::InsertAt(At(to), std::move(copy), place);
+    FollowInsert(to, place, from);
     RepairBelow(to);
     if (from != to) {
         RepairBelow(from);
@@ -323,8 +374,11 @@ void OmDimension::MoveToVisibleAncestor(Path node) {
     }
     Path const to(from.begin(), from.begin() + visible);
     Tree::Subtree copy = Tree::CopySubtree(At(node), nullptr, &Region());
-    Erase(At(from), node.back());
-    InsertBefore(At(to), std::move(copy), nullptr);
+    if (from != to) {
+        Tree::MakeRoom(At(to));
+    }
+    Leaving const leaving(At(from), node.back());
+    Tree::InsertAt(At(to), std::move(copy), At(to).ChildCount());
     RepairBelow(to);
 }
 
@@ -459,6 +513,9 @@ void OmDimension::insertChild(OmCellText const& text, std::vector<Node*> nodes) 
     std::vector<TreeNode*> listed;
     listed.reserve(nodes.size());
     for (Node const* const node : nodes) {
+        if (node == nullptr || node->IsNull()) {
+            return;
+        }
         listed.push_back(node->Ptr());
     }
     LeavingNodes leaving(listed, &Region());
@@ -473,29 +530,39 @@ void OmDimension::insertChild(OmCellText const& text, std::vector<Node*> nodes) 
     }
 
     leaving.TakeOut();
-    std::for_each(listed.rbegin(), listed.rend(), [&](TreeNode* node) { leaving.Destroy(node); });
     // The home has lost a child, so there is room for the group.
-    Node const home = leaving.Home();
-    Tree::InsertAt(home, std::move(group), leaving.Position());
+    Tree::InsertAt(leaving.Home(), std::move(group), leaving.Position());
     Tree::Reparent(Root(), true);
+    std::for_each(listed.rbegin(), listed.rend(), [&](TreeNode* node) { leaving.Destroy(node); });
 }
 
 OmDimensionNode OmDimension::insertCategory(OmCellText const& text, Node reference, Node parent, bool before) {
-    unsigned long long const subscript = LargestLeafSubscript() + 1;
-    Tree::Subtree leaf(&Region(), parent.Ptr(), text, subscript, false, &Region());
+    Path path;
+    return OM_HARDENED(PathOf(reference, path) && PathOf(parent, path), "reference and parent stand in this dimension",
+                       Source, __LINE__)
+               ? InsertLeaf(text, reference, parent, before)
+               : OmDimensionNode(text, OmDimensionNode::NoSubscript, false, &Region());
+}
+
+OmDimensionNode OmDimension::InsertLeaf(OmCellText const& text, Node const& reference, Node const& parent,
+                                        bool before) {
+    Tree::Subtree leaf(&Region(), parent.Ptr(), text, OmDimensionNode::NoSubscript, false, &Region());
     OmCellText const* const label = reference.Value().Text();
     leaf.Ptr()->value.Text()->SetTracker(label != nullptr ? label->Tracker() : nullptr);
+    leaf.Ptr()->value.Subscript(LargestLeafSubscript() + 1);
+    OmDimensionNode made(leaf.Ptr()->value);
 
+    std::size_t position = parent.ChildCount();
     OmDimensionNode const* followed = before ? &reference.Value() : nullptr;
     Path path;
     if (!before && PathOf(reference, path) && !path.empty()) {
-        Node const above = At(ParentOf(path));
-        if (path.back() + 1 < above.ChildCount()) {
-            followed = &above.Child(path.back() + 1).Value();
-        }
+        followed = ValueAt(At(ParentOf(path)), path.back() + 1);
     }
-    std::size_t const position = InsertBefore(parent, std::move(leaf), followed);
+    if (followed != nullptr) {
+        position = std::min<std::size_t>(position, Tree::ChildPosition(parent, *followed));
+    }
+    Tree::InsertAt(parent, std::move(leaf), position);
     Tree::Reparent(parent, true);
     CountLeaf();
-    return parent.Child(position).Value();
+    return made;
 }

@@ -22,19 +22,27 @@ OmDimensionNode::OmDimensionNode(OmDimensionNode const& other, OmMemoryRegion* r
     if (other._text != nullptr) {
         _text = other._text->Clone(region);
     }
+    _childIndex = ChildIndex::Make(ChildIndex::EntriesOf(other._childIndex), _region);
     CopyPlainFields(other);
 }
 
 OmDimensionNode::OmDimensionNode(OmDimensionNode const& other) : OmDimensionNode(other, other.Region()) {}
 
+// What can fail comes first. The old label goes last: whatever its destructor does meets a node that is complete, and
+// may move this one.
 OmDimensionNode& OmDimensionNode::operator=(OmDimensionNode const& other) {
+    if (this == &other) {
+        return *this;
+    }
     _region->BeforeEdit();
     other._region->BeforeEdit();
-    if (_text != other._text) {
-        delete _text;
-        _text = std::exchange(other._text, nullptr);
-    }
+    ChildIndex* const index = ChildIndex::Make(ChildIndex::EntriesOf(other._childIndex), _region);
+    ChildIndex::Destroy(std::exchange(_childIndex, index));
     CopyPlainFields(other);
+    if (_text != other._text) {
+        OmCellText* const old = std::exchange(_text, std::exchange(other._text, nullptr));
+        delete old;
+    }
     return *this;
 }
 
@@ -45,11 +53,6 @@ OmDimensionNode::~OmDimensionNode() {
 
 void OmDimensionNode::CopyPlainFields(OmDimensionNode const& other) {
     _subscript = other._subscript;
-    if (this != &other) {
-        OmVector<int> scratch;
-        ChildIndex::Destroy(std::exchange(_childIndex, nullptr));
-        _childIndex = ChildIndex::Make(ChildIndex::EntriesOf(other._childIndex, scratch), _region);
-    }
     _sort = other._sort;
     _isGroup = other._isGroup;
     _hide = other._hide;
@@ -88,8 +91,7 @@ bool operator==(OmDimensionNode const& a, OmDimensionNode const& b) {
 }
 
 void OmDimensionNode::Print(unsigned int indent) const {
-    OmVector<int> scratch;
-    ChildIndex::Entries const entries = ChildIndex::EntriesOf(_childIndex, scratch);
+    ChildIndex::Entries const entries = ChildIndex::EntriesOf(_childIndex);
     auto const yesOrNo = [](bool flag) { return flag ? "yes" : "no"; };
     std::string line = "Subscript: " + std::to_string(static_cast<std::int32_t>(_subscript));
     line.append(", Group: ").append(yesOrNo(_isGroup));

@@ -6,20 +6,64 @@
 #include "omcell/OmMemoryRegion.h"
 
 #include <algorithm>
+#include <atomic>
 #include <cstddef>
 #include <cstdint>
 #include <cstring>
 #include <new>
+#include <utility>
 
 namespace om_detail {
+
+/// What is left of a child index, in its first places, when the child at position `removed` goes; gives their number.
+/// `entries` is read and written by subscript, each place at most twice.
+///
+/// The walk that this stands for goes over the entries with a counter i. An entry greater than `removed` is
+/// decremented. At an entry equal to `removed` the one at POSITION `removed` is erased, not the one at i, and position
+/// i is looked at again; where the list has no such position any more, the one at i goes. That comes to:
+///  - Before position `removed`, an entry equal to it stays where it is and is met again, until everything from
+///  position
+///    `removed` on is gone; then it goes itself, and so does every later one equal to it.
+///  - At position `removed`, it is erased itself.
+///  - Behind, the one erased is the first of those that were looked at and stand from position `removed` on. The rest
+///    moves up, and the walk passes the equal entry by, which stays.
+template <typename Entries>
+std::size_t WithoutPosition(Entries&& entries, std::size_t size, std::size_t removed) {
+    std::size_t kept = 0;
+    std::size_t erasedBehind = 0;
+    bool isCut = size <= removed;
+    for (std::size_t i = 0; i < size; ++i) {
+        int const entry = entries[i];
+        std::size_t const position = static_cast<unsigned int>(entry);
+        if (position == removed) {
+            if (isCut || kept < removed) {
+                isCut = true;
+                size = std::min(size, removed);
+                continue;
+            }
+            if (kept == removed) {
+                continue;
+            }
+            ++erasedBehind;
+        }
+        entries[kept] = position > removed ? entry - 1 : entry;
+        ++kept;
+    }
+    if (erasedBehind != 0) {
+        for (std::size_t k = removed; k + erasedBehind < kept; ++k) {
+            entries[k] = entries[k + erasedBehind];
+        }
+    }
+    return kept - erasedBehind;
+}
 
 /// The child index of one node: positions of its children sorted by label, and beside them, while that pays and is
 /// safe, a hash over the labels.
 ///
-///     +------+------+------+----------+---------+---------+-----
-///     | hash | size | room | searches | entry 0 | entry 1 | ...
-///     +------+------+------+----------+---------+---------+-----
-///      8      8      8      8          4         4
+///     +------+------+------+----------+---------+---------+---------+-----
+///     | hash | size | room | searches | crowded | entry 0 | entry 1 | ...
+///     +------+------+------+----------+---------+---------+---------+-----
+///      8      8      8      4          4         4         4
 ///
 ///     without a hash      entries                  2 0 3 1          whatever the operations made of them
 ///     with a hash         entries                  (anything)       only their number counts
@@ -30,6 +74,12 @@ namespace om_detail {
 /// the entries would be, had they been kept sorted all along, depends on the labels as they are before the change. The
 /// hash knows these by itself, so settling looks at no node.
 ///
+/// Readers that need the entries beside a hash share a sorted list of them, which the first one leaves there. It is
+/// the one thing that operations of the constant form write, so it is handed over by an atomic pointer and lives in the
+/// default heap; children that are added later are sorted in when somebody asks again.
+///
+/// Labels that crowd on one place of the hash (see LabelHash) are never hashed again.
+///
 /// A hash answers as a bisection of the entries does, as long as
 ///  1. the entries are the positions of all children, sorted strictly ascending by label (checked by whoever makes it),
 ///  2. no label, group flag or child changes behind its back. Labels and flags: the hash watches the region, which is
@@ -38,7 +88,8 @@ namespace om_detail {
 ///
 /// A node refers to its index by a pointer, null while there are no entries; operations that add an entry take the
 /// pointer, since the block moves when it is full. Blocks come from the node's region. An index takes 32 bytes and 4
-/// for each child; a hash 104 more and what LabelHash says for each label.
+/// for each child; a hash 112 more and what LabelHash says for each label, 4 of them for a child that a reader had
+/// sorted.
 class ChildIndex {
 public:
     /// Fewest children for which there is a hash. With fewer, a bisection of three steps is as quick.
@@ -65,26 +116,21 @@ public:
 
     static std::size_t SizeOf(ChildIndex const* index) { return index != nullptr ? index->_size : 0; }
 
-    /// The entries as settling would make them. The index itself stays as it is, so any number of readers may ask at
-    /// once; while there is a hash the sorted entries go to `scratch`, O(size log size). Throws std::bad_alloc.
-    static Entries EntriesOf(ChildIndex const* index, OmVector<int>& scratch) {
+    /// The entries as settling would make them; they stay valid until the index changes. Any number of readers may ask
+    /// at once. While there is a hash, O(log size) for each child that was added since somebody asked, and O(size) when
+    /// there is one. Throws std::bad_alloc.
+    static Entries EntriesOf(ChildIndex const* index) {
         if (index == nullptr) {
             return {nullptr, nullptr};
         }
-        if (index->_hash == nullptr) {
-            return {index->First(), index->First() + index->_size};
-        }
-        while (scratch.size() < index->_size) {
-            scratch.push_back(0);
-        }
-        index->_hash->SortInto(scratch.begin());
-        return {scratch.begin(), scratch.end()};
+        int const* const first = index->_hash != nullptr ? index->_hash->SortedEntries() : index->First();
+        return {first, first + index->_size};
     }
 
     /// Sorts the entries and drops the hash, if there is one. Takes no memory. Null is ignored.
     static void Settle(ChildIndex* index) {
         if (index != nullptr && index->_hash != nullptr) {
-            index->_hash->SortInto(index->First());
+            index->_hash->SortWithKnown(index->First());
             index->DropHash();
         }
     }
@@ -117,15 +163,30 @@ public:
         std::memmove(at, at + 1, (_size - place) * sizeof(int));
     }
 
-    /// The entries, to be changed in place. REQUIRES: no hash.
-    int* First() { return reinterpret_cast<int*>(this + 1); }
+    /// Edits the entries for a child at this position that goes; see `WithoutPosition`. REQUIRES: no hash.
+    static void Drop(ChildIndex* index, std::size_t position) {
+        if (index != nullptr) {
+            index->_size = WithoutPosition(index->First(), index->_size, position);
+        }
+    }
 
-    /// Adds a child with position SizeOf(index) to hash and entries. Throws std::bad_alloc; nothing has changed then.
+    /// Adds a child with position SizeOf(index) to hash and entries. Where the hash cannot take it, for want of memory
+    /// or room, settles the index instead and says false. Throws std::bad_alloc when there is no room for the entry;
+    /// nothing has changed then.
     /// REQUIRES: there is a hash, and the label is not in it.
-    static void Add(ChildIndex*& index, LabelKey const& key, OmMemoryRegion* region) {
+    static bool Add(ChildIndex*& index, LabelKey const& key, OmMemoryRegion* region) {
         MakeRoom(index, region);
-        index->_hash->Add(key);
-        ++index->_size;
+        index->_hash->ForgetOlderEntries();
+        try {
+            if (index->_hash->Add(key)) {
+                ++index->_size;
+                return true;
+            }
+            index->_crowded = true;
+        } catch (std::bad_alloc const&) {
+        }
+        Settle(index);
+        return false;
     }
     /// Undoes the last `Add`.
     void TakeBack(LabelKey const& key) {
@@ -133,10 +194,20 @@ public:
         --_size;
     }
 
+    /// What an operation leaves that inserted an entry and cannot go on: the entry goes, and so does an index that is
+    /// empty then.
+    static void TakeBack(ChildIndex*& index, std::size_t place) {
+        index->Erase(place);
+        if (index->_size == 0) {
+            Destroy(std::exchange(index, nullptr));
+        }
+    }
+
     /// Counts a search by bisection. Says whether there have been enough for what looking for a hash costs, which takes
     /// time in the number of children.
     static bool IsTimeToHash(ChildIndex* index) {
-        if (SizeOf(index) < FewestHashed || index->_hash != nullptr || ++index->_searches <= index->_size / 4) {
+        if (SizeOf(index) < FewestHashed || index->_hash != nullptr || index->_crowded ||
+            ++index->_searches <= index->_size / 4) {
             return false;
         }
         index->_searches = 0;
@@ -144,32 +215,89 @@ public:
     }
 
     /// Puts a hash with the labels that `labelOf(position)` gives beside the entries; its storage comes from `region`,
-    /// which it watches. Throws std::bad_alloc; there is no hash then.
+    /// which it watches. False when there is none for want of memory or room.
     template <typename LabelOf>
-    static void MakeHash(ChildIndex& index, OmMemoryRegion& region, LabelOf&& labelOf) {
-        index._hash = ::new (region.Allocate(sizeof(Watching))) Watching(index, region);
+    static bool MakeHash(ChildIndex& index, OmMemoryRegion& region, LabelOf&& labelOf) {
         try {
-            index._hash->Reserve(index._size);
-            for (std::size_t position = 0; position < index._size; ++position) {
-                index._hash->Add(labelOf(position));
+            index._hash = ::new (region.Allocate(sizeof(Watching))) Watching(index, region);
+            bool fits = index._hash->Reserve(index._size);
+            for (std::size_t position = 0; fits && position < index._size; ++position) {
+                fits = index._hash->Add(labelOf(position));
             }
-        } catch (...) {
+            index._crowded = !fits;
+        } catch (std::bad_alloc const&) {
             index.DropHash();
-            throw;
+            return false;
+        }
+        if (index._crowded) {
+            index.DropHash();
+            return false;
         }
         region.Watch(*index._hash);
+        return true;
     }
 
 private:
+    /// Sorted entries for readers.
+    struct Sorted {
+        Sorted* older; ///< other readers may still be reading that
+        std::size_t size;
+
+        int* First() { return reinterpret_cast<int*>(this + 1); }
+    };
+
     struct Watching final : LabelHash, OmMemoryRegion::Watcher {
         Watching(ChildIndex& index, OmMemoryRegion& itsRegion) : LabelHash(itsRegion), owner(&index) {
             settle = [](OmMemoryRegion::Watcher& self) { Settle(static_cast<Watching&>(self).owner); };
         }
+        ~Watching() { ReleaseAll(sorted.load(std::memory_order_relaxed)); }
+
+        int const* SortedEntries() const {
+            Sorted* known = sorted.load(std::memory_order_acquire);
+            if (known != nullptr && known->size == Size()) {
+                return known->First();
+            }
+            Sorted* const made = ::new (OmMemoryRegion::DefaultHeap()->Allocate(sizeof(Sorted) + Size() * sizeof(int)))
+                Sorted{known, Size()};
+            SortWithKnown(made->First());
+            if (sorted.compare_exchange_strong(known, made, std::memory_order_acq_rel)) {
+                return made->First();
+            }
+            OmMemoryRegion::Release(made);
+            return known->First();
+        }
+
+        /// Writes all entries to `out`, with what readers have sorted already.
+        void SortWithKnown(int* out) const {
+            Sorted* const known = sorted.load(std::memory_order_acquire);
+            if (known != nullptr) {
+                SortInto(out, known->First(), known->size);
+            } else {
+                SortInto(out);
+            }
+        }
+
+        /// For whoever changes the index: no reader is about.
+        void ForgetOlderEntries() {
+            Sorted* const known = sorted.load(std::memory_order_relaxed);
+            if (known != nullptr) {
+                ReleaseAll(std::exchange(known->older, nullptr));
+            }
+        }
+
+        static void ReleaseAll(Sorted* newest) {
+            while (newest != nullptr) {
+                OmMemoryRegion::Release(std::exchange(newest, newest->older));
+            }
+        }
+
         ChildIndex* owner; ///< follows the block when that moves
+        mutable std::atomic<Sorted*> sorted{nullptr};
     };
 
     explicit ChildIndex(std::size_t room) : _room(room) {}
 
+    int* First() { return reinterpret_cast<int*>(this + 1); }
     int const* First() const { return reinterpret_cast<int const*>(this + 1); }
 
     static ChildIndex* MakeEmpty(std::size_t room, OmMemoryRegion* region) {
@@ -184,6 +312,7 @@ private:
             std::memcpy(larger->First(), index->First(), index->_size * sizeof(int));
             larger->_size = index->_size;
             larger->_searches = index->_searches;
+            larger->_crowded = index->_crowded;
             larger->_hash = index->_hash;
             if (larger->_hash != nullptr) {
                 larger->_hash->owner = larger;
@@ -205,7 +334,8 @@ private:
     Watching* _hash = nullptr;
     std::size_t _size = 0;
     std::size_t _room;
-    std::size_t _searches = 0;
+    std::uint32_t _searches = 0;
+    bool _crowded = false;
 };
 
 } // namespace om_detail

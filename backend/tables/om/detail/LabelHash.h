@@ -112,7 +112,9 @@ private:
 };
 
 /// Distinct labels, each with a position: 0, 1, 2 and so on, in the order in which they were added. An open-addressing
-/// table that is searched slot by slot from where the label's hash points.
+/// table that is searched slot by slot from where the label's hash points, a bounded way. Labels that were chosen so
+/// that their hashes meet (the hash is no secret) would stand in a row that each search walks along; the table refuses
+/// a label that finds no slot on its way, and its owner does without a table.
 ///
 ///     one block of the region
 ///     +---------+---------+---------+-----+    +------+------+------+------+-----+
@@ -139,6 +141,9 @@ class LabelHash {
 public:
     /// The most labels that a table can hold.
     static constexpr std::size_t Most = std::size_t{1} << 30;
+    /// The most slots that a search looks at. Rows in a table that is half full, of labels that nobody chose for their
+    /// hashes, stay below 110 up to the largest number of labels.
+    static constexpr std::uint32_t LongestWay = 128;
 
     /// REQUIRES: the region outlives the table.
     explicit LabelHash(OmMemoryRegion& region) : _region(region) {}
@@ -164,18 +169,33 @@ public:
         return Find(key, [&](Label const& label) { return label.low == key.Low(); });
     }
 
-    /// Adds a label with position Size(). Throws std::bad_alloc; nothing has changed then.
+    /// How many slots a search for the label looks at.
+    std::size_t WayOf(LabelKey const& key) const {
+        std::size_t slots = 0;
+        Find(
+            key, [](Label const&) { return false; }, [&] { ++slots; });
+        return slots;
+    }
+
+    /// Adds a label with position Size(). False when there is no slot for it on its way: it is not added then, and the
+    /// table is good for `SortInto` alone. Throws std::bad_alloc; nothing has changed then.
     /// REQUIRES: it is not there yet; Size() < Most.
-    void Add(LabelKey const& key) {
-        Reserve(_size + 1);
+    [[nodiscard]] bool Add(LabelKey const& key) {
+        if (!Reserve(_size + 1)) {
+            return false;
+        }
         Label added{key.Low(), key.High()};
         if (key.IsLong()) {
             added.low = Copied(key.Bytes());
-            ++_longLabels;
         }
+        if (!TakeSlot(key.Hash(), _size)) {
+            Release(added);
+            return false;
+        }
+        _longLabels += key.IsLong() ? 1 : 0;
         _labels[_size] = added;
-        TakeSlot(key.Hash(), _size);
         ++_size;
+        return true;
     }
 
     /// Takes the label that was added last away. REQUIRES: nothing was added since.
@@ -193,19 +213,33 @@ public:
         Release(_labels[_size]);
     }
 
-    /// Room for `count` labels, at most Most. Throws std::bad_alloc; nothing has changed then.
-    void Reserve(std::size_t count) {
-        if (count > _room) {
-            Grow(std::bit_ceil(std::max(count, FewestPlaces)));
-        }
+    /// Room for `count` labels, at most Most. False when a label finds no slot on its way, as with `Add`. Throws
+    /// std::bad_alloc; nothing has changed then.
+    [[nodiscard]] bool Reserve(std::size_t count) {
+        return count <= _room || Grow(std::bit_ceil(std::max(count, FewestPlaces)));
     }
 
     /// Writes the positions to `out`, sorted by their labels: groups first, among either by unsigned bytes, a prefix
-    /// before the longer label. Takes no memory.
-    void SortInto(int* out) const {
+    /// before the longer label. `sorted` has the first `known` positions in this order already, and lies elsewhere.
+    /// Takes no memory. With t positions that are not known, t log n comparisons.
+    void SortInto(int* out, int const* sorted = nullptr, std::size_t known = 0) const {
+        auto const less = [this](int a, int b) { return Less(_labels[a], _labels[b]); };
+        int* const added = out + known;
         int* const end = out + _size;
-        std::iota(out, end, 0);
-        std::sort(out, end, [this](int a, int b) { return Less(_labels[a], _labels[b]); });
+        std::iota(added, end, static_cast<int>(known));
+        std::sort(added, end, less);
+        // What is written never gets ahead of what is still to be read.
+        int const* const last = sorted + known;
+        for (int const* next = added; next != end && sorted != last; ++next) {
+            int const* const before = std::lower_bound(sorted, last, *next, less);
+            int const entry = *next;
+            out = std::copy(sorted, before, out);
+            sorted = before;
+            *out++ = entry;
+        }
+        if (sorted != last) {
+            std::copy(sorted, last, out);
+        }
     }
 
 private:
@@ -227,11 +261,21 @@ private:
     static constexpr std::size_t FewestPlaces = 16;
 
     std::uint32_t FirstSlot(std::uint32_t hash) const { return hash >> (32 - _bits); }
+    std::uint32_t EndOfWay(std::uint32_t first) const { return (first + LongestWay) & _mask; }
 
-    template <typename IsSame>
-    int Find(LabelKey const& key, IsSame&& isSame) const {
+    struct NotCounted {
+        void operator()() const {}
+    };
+
+    // A way round the whole table ends, as every way of a table that is too small for the longest one does, where it
+    // began.
+    template <typename IsSame, typename CountSlot = NotCounted>
+    int Find(LabelKey const& key, IsSame&& isSame, CountSlot&& countSlot = {}) const {
         std::uint32_t const rest = key.Hash() << _bits;
-        for (std::uint32_t place = FirstSlot(key.Hash());; place = (place + 1) & _mask) {
+        std::uint32_t place = FirstSlot(key.Hash());
+        std::uint32_t const end = EndOfWay(place);
+        do {
+            countSlot();
             std::uint32_t const slot = _slots[place];
             if (slot == Empty) {
                 return -1;
@@ -242,7 +286,9 @@ private:
                     return static_cast<int>(slot & _mask);
                 }
             }
-        }
+            place = (place + 1) & _mask;
+        } while (place != end);
+        return -1;
     }
 
     std::uint64_t Copied(std::string_view bytes) {
@@ -256,15 +302,20 @@ private:
         }
     }
 
-    void TakeSlot(std::uint32_t hash, std::size_t position) {
+    bool TakeSlot(std::uint32_t hash, std::size_t position) {
         std::uint32_t place = FirstSlot(hash);
+        std::uint32_t const end = EndOfWay(place);
         while (_slots[place] != Empty) {
             place = (place + 1) & _mask;
+            if (place == end) {
+                return false;
+            }
         }
         _slots[place] = hash << _bits | static_cast<std::uint32_t>(position);
+        return true;
     }
 
-    void Grow(std::size_t places) {
+    bool Grow(std::size_t places) {
         std::size_t const slots = 2 * places;
         Label* const before = _labels;
         _labels = static_cast<Label*>(_region.Allocate(places * sizeof(Label) + slots * sizeof(std::uint32_t)));
@@ -277,9 +328,13 @@ private:
         _bits = static_cast<unsigned>(std::countr_zero(slots));
         for (std::size_t position = 0; position < _size; ++position) {
             Label const& label = _labels[position];
-            TakeSlot(label.IsLong() ? LabelKey::Hash(label.Bytes(), label.high) : LabelKey::Hash(label.low, label.high),
-                     position);
+            std::uint32_t const hash =
+                label.IsLong() ? LabelKey::Hash(label.Bytes(), label.high) : LabelKey::Hash(label.low, label.high);
+            if (!TakeSlot(hash, position)) {
+                return false;
+            }
         }
+        return true;
     }
 
     /// The first byte on top, so that words compare as their bytes do.
