@@ -150,9 +150,6 @@ bool OmPivotTable::IsScratched() const { return _my->scratched; }
 OmPivotTable::Iterator OmPivotTable::FirstCell() {
     auto data = std::make_unique<Iterator::Data>(_my->cells);
     data->levels.resize(NDimensions());
-    for (std::size_t k = 0; k < NDimensions(); ++k) {
-        data->levels[k].size = static_cast<std::size_t>(std::max(0, _my->_dimensions[k]->NumCategories()));
-    }
     data->Start();
     return Iterator(data.release());
 }

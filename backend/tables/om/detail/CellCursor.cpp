@@ -27,15 +27,14 @@ OmPivotTable::PointerVector const* Cursor::Top() const {
 void Cursor::Enter(Level& level, void const* node) {
     level.node = static_cast<PointerVector const*>(node);
     level.passed = 0;
-    if (level.node->IsBox() || level.node->HasOrder()) {
-        level.order.clear();
+    // Serials are given once, so a hash with the same one is the same hash, in the same place or not, and every key
+    // that the order has stands where it stood. Keys that came meanwhile were not there all the time.
+    if (level.node->HasOrder() || level.serial == level.node->Serial()) {
         return;
     }
-    // Serials are given once, so this is the same hash, in the same place or not.
-    if (level.order.size() != level.node->Keys() || level.serial != level.node->Serial()) {
-        level.node->Sort(level.order, _scratch);
-        level.serial = level.node->Serial();
-    }
+    level.serial = 0; // should there be no memory to sort with
+    level.node->Sort(level.order, _scratch);
+    level.serial = level.node->Serial();
 }
 
 /// The rest of `Next`: in a run, past empty slots; in a list; elsewhere.

@@ -22,16 +22,16 @@
 ///
 /// The cursor remembers nodes, and the order of those that have none of their own. When the store says that something
 /// moved it finds its place anew by the subscripts, so that it goes on behind the cell that it stood on, whatever was
-/// stored or deleted. The order of a hash is kept while its places stay and no key came, so that a program may delete
-/// the cells that it walks over. What was added behind the cursor may be seen or not.
+/// stored or deleted. The order of a hash is kept while its places stay, also when keys came that it does not have: a
+/// program may delete, move and add cells at each step, and a hash is sorted anew only when it has doubled. What was
+/// added behind the cursor may be seen or not.
 struct OMTREE_LOCAL OmPivotTable::Iterator::Data : OmPivotTable::Iterator::Head {
     struct Level {
         std::uint64_t position; ///< subscript; in a run, that where it was begun
-        std::size_t size;       ///< the dimension's size when the iteration began
         PointerVector const* node;
         std::vector<std::uint64_t> order; ///< of a hash, its entries by key (PointerVector::Sort)
         std::size_t passed;               ///< how many of these
-        std::uint32_t serial;             ///< of the hash that `order` was made from
+        std::uint64_t serial;             ///< of the hash that `order` was made from, or 0
     };
 
     explicit Data(CellStore const& itsStore) : store(&itsStore) {}

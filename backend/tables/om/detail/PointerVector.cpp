@@ -56,10 +56,11 @@ void RadixSort(std::vector<std::uint64_t>& numbers, std::vector<std::uint64_t>& 
 
 Node* Node::Allocate(OmMemoryRegion& region, Form form, bool spans, std::uint32_t capacity, std::uint32_t stride) {
     std::size_t const slots = form == Form::Box ? std::size_t{capacity} * stride : capacity;
-    std::size_t const bytes = form == Form::Dense  ? slots * sizeof(void*)
-                              : form == Form::Box  ? slots * sizeof(void*) + capacity * sizeof(Row)
-                              : form == Form::List ? slots * sizeof(KeyedEntry)
-                                                   : slots * (sizeof(KeyedEntry) + 1) + TagGroup;
+    std::size_t const bytes = form == Form::Dense ? slots * sizeof(void*)
+                              : form == Form::Box ? slots * sizeof(void*) + capacity * sizeof(Row)
+                              : form == Form::List
+                                  ? slots * sizeof(KeyedEntry)
+                                  : slots * (sizeof(KeyedEntry) + 1) + TagGroup + sizeof(std::uint64_t);
     Node* const node = ::new (region.Allocate(sizeof(Node) + bytes)) Node(form, spans, capacity, stride);
     if (form == Form::Hash) {
         std::memset(node->Tags(), 0, slots + TagGroup);
@@ -146,7 +147,7 @@ void Node::Append(Key key, void* entry) {
 void Node::Reform(OmMemoryRegion& region, void*& link, Form form, std::uint32_t capacity, std::uint64_t& changes) {
     Node* const old = static_cast<Node*>(link);
     Node* const node = Allocate(region, form, old->_spans, capacity);
-    node->_serial = static_cast<std::uint32_t>(++changes);
+    node->SetSerial(++changes);
     node->_length = old->_length;
     node->_width = old->_width;
     node->_present = old->_present;
@@ -377,7 +378,7 @@ void* Node::NewLeaf(OmMemoryRegion& region, std::vector<KeyedEntry> const& cells
                                 form == Form::Dense  ? PowerAtLeast(length, FewestSlots)
                                 : form == Form::List ? PowerAtLeast(cells.size(), 1)
                                                      : PowerAtLeast(2 * cells.size(), FewestPlaces));
-    leaf->_serial = static_cast<std::uint32_t>(++changes);
+    leaf->SetSerial(++changes);
     for (KeyedEntry const& cell : cells) {
         leaf->Append(cell.key, cell.entry);
         leaf->_present += cell.entry != nullptr ? 1 : 0;

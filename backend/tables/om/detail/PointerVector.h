@@ -40,7 +40,8 @@
 ///
 ///     Hash     +------+--------------+-----+-------------+   open addressing with linear probing, a power of two of
 ///              | head | key, entry   | ... | tags, bytes |   places, at most three quarters of them taken; a tag is 0
-///              +------+--------------+-----+-------------+   or has 7 bits of the hash, and is asked first
+///              +------+--------------+-----+-------------+   or has 7 bits of the hash, and is asked first; the serial
+///                                                            stands behind them
 ///
 /// (The tags of a million cells are two megabytes, which the caches keep: an absent cell of a sparse table is turned
 /// away by them in a third of the time that keys alone take. A present one has its entry fetched meanwhile.)
@@ -214,9 +215,8 @@ public:
     std::uint32_t Places() const { return _form == Form::Hash ? _capacity : _keys; }
     bool IsTaken(std::uint32_t place) const { return _form == Form::List || Tags()[place] != 0; }
     bool HasOrder() const { return _form != Form::Hash; }
-    /// Of a hash: another one whenever its places moved, and never that of another hash of the table.
-    std::uint32_t Serial() const { return _serial; }
-    std::uint32_t Keys() const { return _keys; }
+    /// Of a hash: another one whenever its places moved, and never that of another hash of the table; not 0.
+    std::uint64_t Serial() const { return *SerialPlace(); }
     /// The largest length that a spanned leaf has had.
     std::uint32_t Width() const { return _width; }
 
@@ -238,6 +238,15 @@ private:
     static PointerVector* Allocate(OmMemoryRegion& region, Form form, bool spans, std::uint32_t capacity,
                                    std::uint32_t stride = 0);
 
+    /// Behind the tags of a hash.
+    std::uint64_t const* SerialPlace() const {
+        return reinterpret_cast<std::uint64_t const*>(Tags() + _capacity + TagGroup);
+    }
+    void SetSerial(std::uint64_t serial) {
+        if (_form == Form::Hash) {
+            *const_cast<std::uint64_t*>(SerialPlace()) = serial;
+        }
+    }
     void** Slots() { return reinterpret_cast<void**>(this + 1); }
     void* const* Slots() const { return reinterpret_cast<void* const*>(this + 1); }
     KeyedEntry* Keyed() { return reinterpret_cast<KeyedEntry*>(this + 1); }
@@ -369,7 +378,7 @@ private:
     KeyedEntry* PlaceInHash(std::uint64_t hash);
     void Append(Key key, void* entry);
 
-    std::uint32_t _length = 0;
+    alignas(void*) std::uint32_t _length = 0;
     std::uint32_t _width = 0;   ///< spanning its leaves: the largest length that one of them has had
     std::uint32_t _keys = 0;    ///< list, hash: places taken; box: leaves that are there
     std::uint32_t _present = 0; ///< entries, of a node that spans its leaves cells, that are not null
@@ -377,7 +386,6 @@ private:
     std::uint32_t _stride;   ///< box: slots of a leaf
     Form _form;
     bool _spans;
-    std::uint32_t _serial = 0; ///< hash: the count of changes when it was made
 };
 
 #endif

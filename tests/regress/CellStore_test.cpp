@@ -1,0 +1,109 @@
+// Defects of the cell store and of the walks over it, each of which was there once.
+#include "backend/tables/om/OmDimension.h"
+#include "backend/tables/om/OmPivotTable.h"
+#include "omcell/OmMemoryRegion.h"
+#include "tests/support/SortedByWalk.h"
+#include "tests/support/TableProbe.h"
+
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <cstddef>
+#include <functional>
+#include <set>
+#include <string>
+#include <utility>
+#include <vector>
+
+namespace {
+
+using omtest::Text;
+using Index = std::vector<int>;
+using Iterator = OmPivotTable::Iterator;
+
+class Table : public OmPivotTable {
+public:
+    explicit Table(std::size_t dimensions) : OmPivotTable(Text("title"), Text("template"), false) {
+        for (std::size_t k = 0; k < dimensions; ++k) {
+            AddDimension(Text("d"));
+        }
+    }
+    void Put(Index const& index) { Cell(index, _text); }
+    OmMemoryRegion const& Region() { return Dimension(0).Region(); }
+
+private:
+    OmStringCell const _text{"x"};
+};
+
+constexpr int Cells = 4000;
+
+/// Subscripts far apart, ascending, with room for others between.
+int Scattered(int number) { return 1000 * number + 500; }
+
+struct Walked {
+    std::size_t cells;  ///< that stood there before the walk and were met
+    std::size_t sorted; ///< entries put in order
+};
+
+/// Walks over a table of scattered cells, which `change` changes at each step, given its number.
+Walked WalkAndChange(Table& table, std::size_t dimensions, std::function<void(int, Index const&)> const& change) {
+    for (int i = 0; i < Cells; ++i) {
+        Index index(dimensions, Scattered(i));
+        table.Put(index);
+    }
+    omtest::SortedByWalk sorted;
+    std::set<int> met;
+    Iterator cell = table.FirstCell();
+    for (int step = 0; cell.Cell() != nullptr && step < 3 * Cells; ++step) {
+        Index const index = cell.Index();
+        if (index.back() % 1000 == 500) {
+            met.insert(index.back());
+        }
+        sorted.Look(cell);
+        change(step, index);
+        ++cell;
+    }
+    return {met.size(), sorted.Entries()};
+}
+
+/// A few doublings of the largest node that there was.
+constexpr std::size_t MostSorted = std::size_t{40} * Cells;
+
+} // namespace
+
+// Every step sorted the whole hash again, because some node had moved and the hash had one key more.
+TEST(CellStoreWalk, StoringACellAtEachStepDoesNotSortTheTableAtEachStep) {
+    for (std::size_t const dimensions : {1U, 2U, 3U, 4U}) {
+        for (int const offset : {-300, 0, 300}) {
+            Table table(dimensions);
+            Walked const walked = WalkAndChange(table, dimensions, [&](int step, Index const& index) {
+                Index added = index;
+                added.back() = offset == 0 ? 1000 * (step % Cells) + 7 : index.back() / 1000 * 1000 + 500 + offset;
+                table.Put(added);
+            });
+            EXPECT_EQ(walked.cells, std::size_t{Cells}) << dimensions << " dimensions, " << offset;
+            EXPECT_LE(walked.sorted, MostSorted) << dimensions << " dimensions, " << offset;
+        }
+    }
+}
+
+TEST(CellStoreWalk, MovingACellAtEachStepDoesNotSortTheTableAtEachStep) {
+    for (std::size_t const dimensions : {1U, 2U, 3U, 4U}) {
+        for (bool const isSplit : {false, true}) {
+            Table table(dimensions);
+            for (int i = 0; isSplit && i < 1000; ++i) {
+                Index const index(dimensions, i * 77'777 + 3);
+                table.Put(index);
+                table.deleteCell(index);
+            }
+            Walked const walked = WalkAndChange(table, dimensions, [&](int step, Index const& index) {
+                table.deleteCell(index);
+                Index moved = index;
+                moved.back() = 1000 * (step % Cells) + 7;
+                table.Put(moved);
+            });
+            EXPECT_EQ(walked.cells, std::size_t{Cells}) << dimensions << " dimensions";
+            EXPECT_LE(walked.sorted, MostSorted) << dimensions << " dimensions";
+        }
+    }
+}
