@@ -77,44 +77,36 @@ OmPivotTable::PointerVector* Store::Below(PointerVector& node, std::uint32_t pos
 Store::Removal Store::Remove(int const* index, OmCellText*& cell) {
     void** link = &_root;
     PointerVector* node = Root();
-    Place place{};
-    for (std::size_t k = Levels() - 1; place.entry == nullptr; --k) {
-        if (Subscript(index, k) >= node->Length()) {
-            return Removal::OutsideOfNode;
+    std::size_t k = Levels() - 1;
+    for (; Subscript(index, k) < node->Length(); --k) {
+        if (node->SpansLeaves()) {
+            PointerVector::SettleIfWorn(_region, *link, _changes);
+            node = static_cast<PointerVector*>(*link);
         }
         if (node->SpansLeaves()) {
-            if (!node->IsBox()) {
-                PointerVector::GiveUpKeys(_region, *link, _changes);
-                node = static_cast<PointerVector*>(*link);
+            Place const place = node->PlaceOfCell(Subscript(index, 1), Subscript(index, 0));
+            if (place.entry != nullptr && *place.entry != nullptr) {
+                cell = CellAt(place);
+                Put(place, nullptr);
+                return Removal::Done;
             }
-            if (node->IsBox()) {
-                PointerVector::Row const row = node->RowAt(Subscript(index, 1));
-                if (row.length == 0) {
-                    return Removal::NothingThere;
-                }
-                if (Subscript(index, 0) >= row.length) {
-                    return Removal::OutsideOfNode;
-                }
-                place = node->PlaceInBox(Subscript(index, 1), Subscript(index, 0));
-                break;
-            }
+            std::uint32_t const length = node->LeafAt(Subscript(index, 1)).length;
+            return length == 0 || Subscript(index, 0) < length ? Removal::Done : Removal::OutsideOfNode;
         }
         if (k == 0) {
-            place = node->Entry(Subscript(index, 0)) != nullptr
-                        ? PointerVector::Grow(_region, *link, Subscript(index, 0), _changes)
-                        : Place{};
-            break;
+            if (node->Entry(Subscript(index, 0)) != nullptr) {
+                Place const place = PointerVector::Grow(_region, *link, Subscript(index, 0), _changes);
+                cell = CellAt(place);
+                Put(place, nullptr);
+            }
+            return Removal::Done;
         }
         node = Below(*node, Subscript(index, k), link);
         if (node == nullptr) {
-            return Removal::NothingThere;
+            return Removal::Done;
         }
     }
-    if (place.entry != nullptr) {
-        cell = CellAt(place);
-        Put(place, nullptr);
-    }
-    return Removal::Done;
+    return Removal::OutsideOfNode;
 }
 
 void Store::DestroyEmptyNodes(int const* index) noexcept {
@@ -134,15 +126,8 @@ void Store::DestroyEmptyNodes(int const* index) noexcept {
         }
         node = below;
     }
-    if (node->SpansLeaves()) {
-        if (!node->IsBox()) {
-            return; // made anew while the cell went
-        }
-        std::uint32_t const position = Subscript(index, 1);
-        if (position < node->Length() && node->RowAt(position).length != 0 && node->RowAt(position).present == 0) {
-            ++_changes;
-            node->RemoveRow(position);
-        }
+    if (node->SpansLeaves() && node->RemoveLeafIfEmpty(Subscript(index, 1))) {
+        ++_changes;
     }
     if (topmost.entry == nullptr || !node->AllNull()) {
         return;

@@ -122,10 +122,11 @@ public:
     }
 
     /// What became of `Remove`.
-    enum class Removal { Done, NothingThere, OutsideOfNode };
+    enum class Removal { Done, OutsideOfNode };
 
-    /// Takes a cell out and gives it to the caller, who destroys it and then calls `DestroyEmptyNodes`. A negative
-    /// subscript is outside of its node. REQUIRES: a root. Throws std::bad_alloc; no cell has changed then.
+    /// Takes a cell out, if there is one, and gives it to the caller, who destroys it and then calls
+    /// `DestroyEmptyNodes`. A negative subscript is outside of its node. O(levels) but for nodes of keys, see
+    /// PointerVector. REQUIRES: a root. Throws std::bad_alloc; no cell has changed then.
     Removal Remove(int const* index, OmCellText*& cell);
 
     /// The second half of `Remove`: destroys the nodes on the way to a place that have become empty, the root excepted.

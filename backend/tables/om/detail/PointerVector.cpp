@@ -15,6 +15,11 @@ constexpr std::uint32_t FewestSlots = 4;
 constexpr std::uint32_t FewestPlaces = 16;
 constexpr std::uint32_t ListMost = OMTREE_NODE_LIST_MOST;
 
+// How much a hash may be looked through, in the unit of its record: sixteen times its places.
+constexpr std::uint32_t LooksAtAll = 4096;
+constexpr std::uint32_t MostLooked = OMTREE_NODE_LOOKS * LooksAtAll;
+
+static_assert(MostLooked <= UINT16_MAX);
 static_assert(ListMost != 0 && (ListMost & (ListMost - 1)) == 0, "a list doubles up to its bound");
 static_assert(sizeof(Node) % alignof(void*) == 0 && sizeof(Node::Row) == sizeof(void*));
 
@@ -177,7 +182,7 @@ Node::Place Node::AddKey(OmMemoryRegion& region, void*& link, Key key, std::uint
     changes += node->_form == Form::List ? 1 : 0;
     if (node->IsFull()) {
         bool const toList = node->_form == Form::List && node->_capacity < ListMost;
-        std::uint64_t const kept = node->_spans ? node->_keys : node->_present;
+        std::uint64_t const kept = node->_spans ? node->LiveKeys() : node->_present;
         Reform(region, link, toList ? Form::List : Form::Hash,
                toList ? 2 * node->_capacity : PowerAtLeast(2 * (kept + 1), FewestPlaces), changes);
         node = static_cast<Node*>(link);
@@ -241,7 +246,7 @@ Node::Place Node::GrowCellSlowly(OmMemoryRegion& region, void*& link, std::uint3
     std::uint64_t const length = std::max<std::uint64_t>(node->_length, std::uint64_t{position} + 1);
     std::uint64_t const width = std::max<std::uint64_t>(node->_width, std::uint64_t{below} + 1);
     // Subscripts are below 2^31, so the product fits.
-    bool const fitsBox = IsDenseBox(length, width, std::uint64_t{isBox ? node->_present : node->_keys} + 1);
+    bool const fitsBox = IsDenseBox(length, width, std::uint64_t{isBox ? node->_present : node->LiveKeys()} + 1);
     if (isBox && !fitsBox) {
         ++changes;
         Split(region, link, changes);
@@ -304,14 +309,99 @@ void Node::KeysToBox(OmMemoryRegion& region, void*& link, std::uint64_t length, 
     OmMemoryRegion::Release(old);
 }
 
-void Node::GiveUpKeys(OmMemoryRegion& region, void*& link, std::uint64_t& changes) {
+// --- deleting --------------------------------------------------------------------------------------------------------
+
+void Node::SettleIfWorn(OmMemoryRegion& region, void*& link, std::uint64_t& changes) {
     Node const& node = *static_cast<Node*>(link);
+    if (node._form == Form::Box || node._looked < MostLooked) {
+        return;
+    }
     ++changes;
-    if (IsDenseBox(node._length, node._width, node._keys)) {
+    if (IsDenseBox(node._length, node._width, node.LiveKeys())) {
         KeysToBox(region, link, node._length, node._width);
     } else {
         Split(region, link, changes);
     }
+}
+
+Node::Place Node::PlaceOfCell(std::uint32_t position, std::uint32_t below) {
+    if (_form == Form::Box) {
+        return position < _length && below < _stride ? PlaceInBox(position, below) : Place{};
+    }
+    return {this, const_cast<void**>(KeyedPlaceOf(PairOf(position, below))), nullptr};
+}
+
+template <typename Visit>
+void Node::LookThrough(std::uint32_t position, Visit&& visit) {
+    constexpr std::uint64_t PlacesLikeOneKey = 8; // what asking for a key costs, in looks at a place
+    std::uint64_t const asking = PlacesLikeOneKey * _width;
+    if (_form == Form::Hash) {
+        std::uint64_t const share = std::min<std::uint64_t>(asking, _capacity) * LooksAtAll / _capacity + 1;
+        _looked = static_cast<std::uint16_t>(std::min<std::uint64_t>(_looked + share, MostLooked));
+    }
+    if (_form == Form::Hash && asking < _capacity) {
+        for (std::uint32_t below = 0; below < _width; ++below) {
+            if (KeyedEntry const* const found = Find(PairOf(position, below))) {
+                visit(Keyed()[found - Keyed()]);
+            }
+        }
+        return;
+    }
+    for (std::uint32_t place = 0; place < Places(); ++place) {
+        if (IsTaken(place) && PositionOf(Keyed()[place].key) == position) {
+            visit(Keyed()[place]);
+        }
+    }
+}
+
+Node::Row Node::LeafAt(std::uint32_t position) {
+    if (_form == Form::Box) {
+        return Rows()[position];
+    }
+    Row leaf{};
+    LookThrough(position, [&leaf](KeyedEntry const& cell) {
+        leaf.length = std::max(leaf.length, BelowOf(cell.key) + 1);
+        leaf.present += cell.entry != nullptr ? 1 : 0;
+    });
+    return leaf;
+}
+
+bool Node::RemoveLeafIfEmpty(std::uint32_t position) {
+    if (_form != Form::Box) {
+        return RemoveKeysIfEmpty(position);
+    }
+    if (position >= _length || Rows()[position].length == 0 || Rows()[position].present != 0) {
+        return false;
+    }
+    Rows()[position].length = 0;
+    --_keys;
+    return true;
+}
+
+bool Node::RemoveKeysIfEmpty(std::uint32_t position) {
+    std::uint32_t keys = 0;
+    KeyedEntry* last = nullptr;
+    bool isEmpty = true;
+    LookThrough(position, [&](KeyedEntry& cell) {
+        ++keys;
+        last = &cell;
+        isEmpty = isEmpty && cell.entry == nullptr;
+    });
+    if (keys == 0 || !isEmpty) {
+        return false;
+    }
+    if (_form == Form::List) {
+        std::remove_if(Keyed(), Keyed() + _keys, [=](auto const& cell) { return PositionOf(cell.key) == position; });
+        _keys -= keys;
+        return true;
+    }
+    _gone += keys;
+    if (keys == 1) {
+        last->key |= Gone; // most leaves of a scattered table
+        return true;
+    }
+    LookThrough(position, [](KeyedEntry& cell) { cell.key |= Gone; });
+    return true;
 }
 
 // --- splitting -------------------------------------------------------------------------------------------------------
@@ -401,10 +491,13 @@ void Node::Sort(std::vector<std::uint64_t>& order, std::vector<std::uint64_t>& s
     // A key as a number below length * width, in front of its place: one word for each entry.
     unsigned const keyBits = static_cast<unsigned>(std::bit_width(_length * width));
     bool const fits = keyBits + placeBits <= 64;
-    order.resize(_keys);
+    order.resize(LiveKeys());
     std::uint64_t* next = order.data();
     auto const add = [&](std::uint32_t place) {
         Key const key = entries[place].key;
+        if (IsGone(key)) {
+            return;
+        }
         std::uint64_t const rank = _spans ? PositionOf(key) * width + BelowOf(key) : key;
         *next++ = (fits ? rank << placeBits : 0) | place;
         if (fetch) {

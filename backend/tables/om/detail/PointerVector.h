@@ -20,6 +20,9 @@
 #ifndef OMTREE_NODE_DENSE_SLACK
 #define OMTREE_NODE_DENSE_SLACK 4
 #endif
+#ifndef OMTREE_NODE_LOOKS
+#define OMTREE_NODE_LOOKS 15 // at most 15
+#endif
 #ifndef OMTREE_NODE_PAIRS
 #define OMTREE_NODE_PAIRS 1
 #endif
@@ -57,9 +60,14 @@
 /// A dense table is found by one load below the box's head, a sparse one by one cache miss: a leaf of its own for the
 /// one or two cells that a leaf of a sparse table holds costs 56 to 80 bytes and a second miss. In a list or a hash a
 /// leaf is there when some key has its subscript, and its length is the largest second subscript of those keys plus
-/// one. That is right as long as cells only come, and a key whose cell is null counts. Before a cell is deleted a node
-/// of keys is therefore turned into a box, or split into leaves, which it then stays. A box that growth would make
-/// sparse is split too.
+/// one; a key whose cell is null counts.
+///
+/// When a cell is deleted and its leaf has no other one, the leaf goes, that is to say the keys with its subscript: a
+/// list closes up, a hash keeps them in their places, marked as gone, until it is made anew, so that no place moves.
+/// To find them a hash asks for every second subscript that there has been, or looks at all its places: 9 ms for a
+/// million cells, which is little for some deletions and much for each of many. When these looks come to fifteen times
+/// the places, the node is turned into a box or split into leaves, which it then stays: half a second for a million
+/// cells, and 36 bytes a cell. A box that growth would make sparse is split too.
 ///
 /// A node is known by the one place that holds its address (`link`: the slot of the node above, or the store's root),
 /// because it moves when it grows. What grows a node is handed the store's count of changes, and raises it whenever a
@@ -79,7 +87,7 @@ public:
         void* entry;
     };
 
-    /// A leaf inside a box.
+    /// A leaf that is spanned.
     struct Row {
         std::uint32_t length; ///< 0: the leaf is not there
         std::uint32_t present;
@@ -108,8 +116,8 @@ public:
     /// Logical length: one more than the largest position ever grown to.
     std::uint32_t Length() const { return _length; }
 
-    /// Whether every entry is null. REQUIRES: no list or hash that spans its leaves.
-    bool AllNull() const { return (_form == Form::Box ? _keys : _present) == 0; }
+    /// Whether every entry is null; of a node that spans its leaves, whether none of them is there.
+    bool AllNull() const { return (_spans ? LiveKeys() : _present) == 0; }
 
     /// The entry, or null where there is none and past the length. O(1). REQUIRES: does not span its leaves.
     void* Entry(std::uint32_t position) const {
@@ -184,20 +192,24 @@ public:
         }
     }
 
-    /// Turns a list or a hash that spans its leaves into a box or, where that does not pay, into leaves. O(cells).
-    static void GiveUpKeys(OmMemoryRegion& region, void*& link, std::uint64_t& changes);
+    // --- deleting from a node that spans its leaves
+    // --------------------------------------------------------------------
+
+    /// Turns keys that were looked through too often into a box or, where that does not pay, into leaves. O(cells).
+    static void SettleIfWorn(OmMemoryRegion& region, void*& link, std::uint64_t& changes);
+
+    /// The place of a cell, or one without entry. O(1).
+    Place PlaceOfCell(std::uint32_t position, std::uint32_t below);
+
+    /// The spanned leaf at a position below the length, its length 0 when it is not there. O(1) in a box; else a look.
+    Row LeafAt(std::uint32_t position);
+
+    /// Removes the spanned leaf at a position if it is there and has no cell, and says so. What that takes, see
+    /// `LeafAt`.
+    bool RemoveLeafIfEmpty(std::uint32_t position);
 
     /// A leaf of a box. REQUIRES: position < Length().
     Row const& RowAt(std::uint32_t position) const { return Rows()[position]; }
-    /// The place of a cell in a box. REQUIRES: below < RowAt(position).length.
-    Place PlaceInBox(std::uint32_t position, std::uint32_t below) {
-        return {this, Slots() + std::size_t{position} * _stride + below, Rows() + position};
-    }
-    /// Takes a leaf without cells out of a box.
-    void RemoveRow(std::uint32_t position) {
-        Rows()[position].length = 0;
-        --_keys;
-    }
 
     // --- walking -----------------------------------------------------------------------------------------------------
 
@@ -213,7 +225,9 @@ public:
     /// their keys.
     KeyedEntry const& KeyedAt(std::uint32_t place) const { return Keyed()[place]; }
     std::uint32_t Places() const { return _form == Form::Hash ? _capacity : _keys; }
-    bool IsTaken(std::uint32_t place) const { return _form == Form::List || Tags()[place] != 0; }
+    bool IsTaken(std::uint32_t place) const {
+        return _form == Form::List || (Tags()[place] != 0 && !IsGone(Keyed()[place].key));
+    }
     bool HasOrder() const { return _form != Form::Hash; }
     /// Of a hash: another one whenever its places moved, and never that of another hash of the table; not 0.
     std::uint64_t Serial() const { return *SerialPlace(); }
@@ -228,6 +242,12 @@ public:
 
 private:
     enum class Form : std::uint8_t { Dense, List, Hash, Box };
+
+    /// In the key of a hash that is gone, whose entry is null. No subscript has that bit. The order of the keys of
+    /// different leaves stays, which is what walks go by.
+    static constexpr Key Gone = Key{1} << 31;
+    static bool IsGone(Key key) { return (key & Gone) != 0; }
+    std::uint32_t LiveKeys() const { return _keys - _gone; }
 
     static constexpr std::size_t TagGroup = 8; ///< tags that are looked at together
     static constexpr std::uint64_t TagTops = 0x8080808080808080U;
@@ -362,6 +382,16 @@ private:
         return PlaceInBox(position, below);
     }
 
+    /// The place of a cell in a box. REQUIRES: the box has room for it.
+    Place PlaceInBox(std::uint32_t position, std::uint32_t below) {
+        return {this, Slots() + std::size_t{position} * _stride + below, Rows() + position};
+    }
+
+    /// Calls `visit` with each entry of the spanned leaf at a position, of a list or a hash.
+    template <typename Visit>
+    void LookThrough(std::uint32_t position, Visit&& visit);
+    bool RemoveKeysIfEmpty(std::uint32_t position);
+
     static Place GrowSlowly(OmMemoryRegion& region, void*& link, std::uint32_t position, std::uint64_t& changes);
     Place PlaceInHashWithRoom(std::uint32_t position, std::uint32_t below);
     static Place GrowCellSlowly(OmMemoryRegion& region, void*& link, std::uint32_t position, std::uint32_t below,
@@ -378,14 +408,16 @@ private:
     KeyedEntry* PlaceInHash(std::uint64_t hash);
     void Append(Key key, void* entry);
 
-    alignas(void*) std::uint32_t _length = 0;
+    std::uint32_t _length = 0;
     std::uint32_t _width = 0;   ///< spanning its leaves: the largest length that one of them has had
     std::uint32_t _keys = 0;    ///< list, hash: places taken; box: leaves that are there
+    std::uint32_t _gone = 0;    ///< hash: places whose keys are gone
     std::uint32_t _present = 0; ///< entries, of a node that spans its leaves cells, that are not null
     std::uint32_t _capacity; ///< dense: slots; list, hash: places, a power of two; box: leaves that there is room for
     std::uint32_t _stride;   ///< box: slots of a leaf
     Form _form;
     bool _spans;
+    std::uint16_t _looked = 0; ///< hash: how much it was looked through, in 4096ths of its places
 };
 
 #endif
