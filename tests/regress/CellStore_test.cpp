@@ -10,6 +10,7 @@
 #include <algorithm>
 #include <cstddef>
 #include <functional>
+#include <pthread.h>
 #include <set>
 #include <string>
 #include <utility>
@@ -145,4 +146,23 @@ TEST(CellStoreDeletion, ManyOfAScatteredTableGiveTheCellsLeaves) {
         table.deleteCell({Scattered(i), Scattered(i)});
     }
     EXPECT_GT(table.Region().LiveBlocks(), blocks + Cells);
+}
+
+// The dump went down one call a dimension: a thread with a small stack ended there.
+TEST(CellStoreDump, TableOfManyDimensionsNeedsNoStack) {
+    constexpr std::size_t Dimensions = 2000;
+    constexpr std::size_t StackBytes = 128 * 1024;
+    Table table(Dimensions);
+    table.Put(Index(Dimensions, 0));
+    std::string dump;
+    auto const write = [&] { dump = omtest::RawShape(table); };
+    pthread_attr_t small;
+    ASSERT_EQ(pthread_attr_init(&small), 0);
+    ASSERT_EQ(pthread_attr_setstacksize(&small, StackBytes), 0);
+    pthread_t thread{};
+    auto const run = [](void* action) -> void* { return (*static_cast<decltype(write)*>(action))(), nullptr; };
+    ASSERT_EQ(pthread_create(&thread, &small, run, const_cast<void*>(static_cast<void const*>(&write))), 0);
+    ASSERT_EQ(pthread_join(thread, nullptr), 0);
+    EXPECT_EQ(std::count(dump.begin(), dump.end(), '\n'), static_cast<std::ptrdiff_t>(Dimensions) + 1);
+    EXPECT_EQ(dump.substr(dump.size() - 10), "[0] @ - x\n");
 }

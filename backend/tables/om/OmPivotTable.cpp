@@ -292,8 +292,6 @@ void OmPivotTable::Print() const {
     std::cout.flush();
 }
 
-void OmPivotTable::PrintCells() const { PrintCells(_my->cells.Root(), 0, 0); }
-
 namespace {
 
 void WriteEntry(void const* entry, std::size_t level, std::size_t index) {
@@ -304,27 +302,48 @@ void WriteEntry(void const* entry, std::size_t level, std::size_t index) {
     om_detail::Write(om_detail::AddressText(entry));
 }
 
-} // namespace
-
-// Below the last level `node` is a cell: the entries of the store have no type of their own.
-void OmPivotTable::PrintCells(PointerVector* node, std::size_t level, std::size_t index) const {
-    void const* const entry = node;
+/// An entry below the last level: the entries of the store have no type of their own.
+void PrintCell(void const* entry, std::size_t level, std::size_t index) {
     WriteEntry(entry, level, index);
-    if (level >= NDimensions()) {
-        OmCellText const* const cell = static_cast<OmCellText const*>(entry);
-        if (cell != nullptr) {
-            om_detail::Write(" - " + cell->AsString());
-        }
-        om_detail::Write("\n");
-        return;
+    if (entry != nullptr) {
+        om_detail::Write(" - " + static_cast<OmCellText const*>(entry)->AsString());
     }
     om_detail::Write("\n");
-    if (node != nullptr && node->SpansLeaves()) {
-        node->IsBox() ? PrintLeavesIn(*node, level + 1) : PrintLeavesOfKeys(*node, level + 1);
-        return;
-    }
-    for (std::uint32_t i = 0; node != nullptr && i < node->Length(); ++i) {
-        PrintCells(static_cast<PointerVector*>(node->Entry(i)), level + 1, i);
+}
+
+} // namespace
+
+// One loop with a place for each level: tables may have more dimensions than a native stack has frames to spare.
+void OmPivotTable::PrintCells() const {
+    struct Standing {
+        PointerVector* node;
+        std::uint32_t next;
+    };
+    std::vector<Standing> way;
+    auto const enter = [&](void* entry, std::size_t index) {
+        std::size_t const level = way.size();
+        if (level == NDimensions()) {
+            PrintCell(entry, level, index);
+            return;
+        }
+        WriteEntry(entry, level, index);
+        om_detail::Write("\n");
+        PointerVector* const node = static_cast<PointerVector*>(entry);
+        if (node != nullptr && node->SpansLeaves()) {
+            node->IsBox() ? PrintLeavesIn(*node, level + 1) : PrintLeavesOfKeys(*node, level + 1);
+        } else if (node != nullptr) {
+            way.push_back({node, 0});
+        }
+    };
+    enter(_my->cells.Root(), 0);
+    while (!way.empty()) {
+        Standing& last = way.back();
+        if (last.next == last.node->Length()) {
+            way.pop_back();
+        } else {
+            std::uint32_t const index = last.next++;
+            enter(last.node->Entry(index), index);
+        }
     }
 }
 
@@ -335,7 +354,7 @@ void OmPivotTable::PrintLeavesIn(PointerVector& node, std::size_t level) const {
         WriteEntry(length != 0 ? node.RowEntries(position) : nullptr, level, position);
         om_detail::Write("\n");
         for (std::uint32_t below = 0; below < length; ++below) {
-            PrintCells(static_cast<PointerVector*>(node.RowEntries(position)[below]), level + 1, below);
+            PrintCell(node.RowEntries(position)[below], level + 1, below);
         }
     }
 }
@@ -354,7 +373,7 @@ void OmPivotTable::PrintLeavesOfKeys(PointerVector const& node, std::size_t leve
         for (std::uint32_t below = 0; isHere(); ++below) {
             PointerVector::KeyedEntry const& found = node.KeyedIn(*next);
             bool const isFound = PointerVector::BelowOf(found.key) == below;
-            PrintCells(static_cast<PointerVector*>(isFound ? found.entry : nullptr), level + 1, below);
+            PrintCell(isFound ? found.entry : nullptr, level + 1, below);
             next += isFound ? 1 : 0;
         }
     }

@@ -355,7 +355,9 @@ public:
     /// REQUIRES: a table title was set (hardened check "_my->_tableTitle != 0").
     void Print() const;
 
-    /// Writes every logical entry of the cell store, null ones included, with addresses.
+    /// Writes every logical entry of the cell store, null ones included, with addresses: as many lines as the store's
+    /// vectors are long, up to two thousand million for one far subscript. REQUIRES: no text of the table changes the
+    /// table when it is asked for its string.
     void PrintCells() const;
 
 private:
@@ -365,7 +367,6 @@ private:
     std::size_t PresentCells() const;
     void VisitPrefixes(std::size_t lowest, std::vector<int> const& wanted, om_detail::PrefixVisitor visit) const;
 
-    void PrintCells(PointerVector* node, std::size_t level, std::size_t index) const;
     void PrintLeavesIn(PointerVector& node, std::size_t level) const;
     void PrintLeavesOfKeys(PointerVector const& node, std::size_t level) const;
 

@@ -67,7 +67,7 @@
 /// To find them a hash asks for every second subscript that there has been, or looks at all its places: 9 ms for a
 /// million cells, which is little for some deletions and much for each of many. When these looks come to fifteen times
 /// the places, the node is turned into a box or split into leaves, which it then stays: half a second for a million
-/// cells, and 36 bytes a cell. A box that growth would make sparse is split too.
+/// cells, and 64 bytes a cell. A box that growth would make sparse is split too.
 ///
 /// A node is known by the one place that holds its address (`link`: the slot of the node above, or the store's root),
 /// because it moves when it grows. What grows a node is handed the store's count of changes, and raises it whenever a
