@@ -166,3 +166,19 @@ TEST(CellStoreDump, TableOfManyDimensionsNeedsNoStack) {
     EXPECT_EQ(std::count(dump.begin(), dump.end(), '\n'), static_cast<std::ptrdiff_t>(Dimensions) + 1);
     EXPECT_EQ(dump.substr(dump.size() - 10), "[0] @ - x\n");
 }
+
+// What was assigned by moving got the other's place, which then went on from there.
+TEST(CellStoreWalk, IteratorThatWasMovedByAssignmentIsOver) {
+    Table table(1);
+    table.Put({0});
+    table.Put({7});
+    Iterator first = table.FirstCell();
+    Iterator second = table.FirstCell();
+    ++second;
+    first = std::move(second);
+    EXPECT_EQ(first.Index(), Index{7});
+    EXPECT_EQ(second.Cell(), nullptr); // NOLINT(bugprone-use-after-move): it is over
+    Iterator& same = first;
+    first = std::move(same);
+    EXPECT_EQ(first.Cell(), table.Cell({7}));
+}

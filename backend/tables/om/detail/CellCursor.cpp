@@ -265,7 +265,8 @@ OmPivotTable::Iterator::Iterator(Iterator const& other)
 OmPivotTable::Iterator::Iterator(Iterator&& other) noexcept : _data(std::exchange(other._data, nullptr)) {}
 
 OmPivotTable::Iterator& OmPivotTable::Iterator::operator=(Iterator&& other) noexcept {
-    std::swap(_data, other._data);
+    Iterator taken(std::move(other)); // which may be this one
+    std::swap(_data, taken._data);
     return *this;
 }
 
