@@ -2,6 +2,8 @@
 #include "backend/tables/om/OmDimension.h"
 #include "backend/tables/om/OmPivotTable.h"
 #include "omcell/OmMemoryRegion.h"
+#include "tests/support/FailingMalloc.h"
+#include "tests/support/LiteralStore.h"
 #include "tests/support/SortedByWalk.h"
 #include "tests/support/TableProbe.h"
 
@@ -10,7 +12,9 @@
 #include <algorithm>
 #include <cstddef>
 #include <functional>
+#include <new>
 #include <pthread.h>
+#include <random>
 #include <set>
 #include <string>
 #include <utility>
@@ -18,6 +22,8 @@
 
 namespace {
 
+using omtest::CellsOf;
+using omtest::FailEachMalloc;
 using omtest::Text;
 using Index = std::vector<int>;
 using Iterator = OmPivotTable::Iterator;
@@ -181,4 +187,106 @@ TEST(CellStoreWalk, IteratorThatWasMovedByAssignmentIsOver) {
     Iterator& same = first;
     first = std::move(same);
     EXPECT_EQ(first.Cell(), table.Cell({7}));
+}
+
+// --- no memory -------------------------------------------------------------------------------------------------------
+
+TEST(CellStoreNoMemory, DeletionThatCannotSplitLeavesTheTable) {
+    Table table(2);
+    for (int i = 0; i < Cells; ++i) {
+        table.Put({Scattered(i) * 7 % 1'000'003, Scattered(i)});
+    }
+    std::size_t const blocks = table.Region().LiveBlocks();
+    std::string const cells = CellsOf(table);
+    Index const absent{0, Scattered(1)};
+    int refused = 0;
+    int looks = 0; // for what is in a leaf, where there is nothing to delete
+    for (; table.Region().LiveBlocks() == blocks && looks < 100; ++looks) {
+        refused += FailEachMalloc([&] { table.deleteCell(absent); },
+                                  [&] {
+                                      EXPECT_EQ(table.Region().LiveBlocks(), blocks);
+                                      EXPECT_EQ(CellsOf(table), cells);
+                                  });
+    }
+    EXPECT_GT(looks, 1);
+    EXPECT_GT(table.Region().LiveBlocks(), blocks + Cells / 2);
+    EXPECT_GE(refused, 5);
+    EXPECT_EQ(CellsOf(table), cells);
+}
+
+TEST(CellStoreNoMemory, StoreThatCannotSplitABoxLeavesTheTable) {
+    Table table(2);
+    for (int i = 0; i < 200; ++i) {
+        for (int j = 0; j < 50; ++j) {
+            table.Put({j, i});
+        }
+    }
+    std::size_t const blocks = table.Region().LiveBlocks();
+    std::string const cells = CellsOf(table);
+    Index const far{2'000'000'000, 5};
+    int const refused = FailEachMalloc([&] { table.Put(far); }, [&] { EXPECT_EQ(CellsOf(table), cells); });
+    EXPECT_GE(refused, 3);
+    EXPECT_GT(table.Region().LiveBlocks(), blocks + 200);
+    EXPECT_NE(table.Cell(far), nullptr);
+    table.deleteCell(far);
+    EXPECT_EQ(CellsOf(table), cells);
+}
+
+// Nodes of every form, turned into every other, each request refused once.
+TEST(CellStoreNoMemory, EveryChangeOfFormLeavesTheTableOrIsDone) {
+    std::mt19937_64 random(20261122);
+    auto const below = [&random](int bound) { return static_cast<int>(random() % static_cast<unsigned>(bound)); };
+    int refused = 0;
+    for (int script = 0; script < 40; ++script) {
+        std::size_t const dimensions = 1 + random() % 3;
+        Table table(dimensions);
+        omtest::LiteralStore literal(dimensions);
+        int const extents[] = {2, 9, 30, 200};
+        Index extent(dimensions, 0);
+        std::generate(extent.begin(), extent.end(), [&] { return extents[below(4)]; });
+        for (int step = below(300); step >= 0; --step) {
+            Index index(dimensions, 0);
+            std::transform(extent.begin(), extent.end(), index.begin(), below);
+            std::string const cells = CellsOf(table);
+            auto const check = [&] { ASSERT_EQ(CellsOf(table), cells) << "script " << script; };
+            if (below(5) != 0 && table.Cell(index) == nullptr) {
+                refused += FailEachMalloc([&] { table.Put(index); }, check);
+                literal.Store(index, "x");
+            } else if (literal.MayDelete(index)) {
+                refused += FailEachMalloc([&] { table.deleteCell(index); }, check);
+                literal.Delete(index);
+            }
+        }
+        ASSERT_EQ(omtest::RawShape(table), literal.Dump()) << "script " << script;
+    }
+    EXPECT_GT(refused, 100);
+}
+
+TEST(CellStoreNoMemory, StepThatCannotSortEndsTheWalk) {
+    Table table(3);
+    for (int i = 0; i < Cells; ++i) {
+        table.Put({Scattered(i), Scattered(i) * 7 % 1'000'003, i < 100 ? 0 : i < 1000 ? 1 : 2}); // ever more
+    }
+    std::string const cells = CellsOf(table);
+    int steps = 0;
+    int ended = 0; // walks that were refused a step
+    int const refused = FailEachMalloc(
+        [&] {
+            steps = 0;
+            Iterator walk = table.FirstCell();
+            try {
+                for (; walk.Cell() != nullptr; ++walk) {
+                    ++steps;
+                }
+            } catch (std::bad_alloc const&) {
+                EXPECT_EQ(walk.Cell(), nullptr);
+                EXPECT_EQ((++walk).Cell(), nullptr);
+                ++ended;
+                throw;
+            }
+        },
+        [&] { EXPECT_EQ(CellsOf(table), cells); });
+    EXPECT_EQ(steps, Cells);
+    EXPECT_GT(refused, 0);
+    EXPECT_GT(ended, 0);
 }

@@ -386,7 +386,8 @@ public:
     Iterator& operator=(Iterator&& other) noexcept;
     ~Iterator();
 
-    /// Advances to the next stored cell; does nothing once the iteration is over.
+    /// Advances to the next stored cell; does nothing once the iteration is over. Throws std::bad_alloc when there is no
+    /// memory to sort scattered cells in; the iteration is over then.
     Iterator& operator++();
 
     /// The current cell, owned by the table; null when the iteration is over.

@@ -32,7 +32,6 @@ void Cursor::Enter(Level& level, void const* node) {
     if (level.node->HasOrder() || level.serial == level.node->Serial()) {
         return;
     }
-    level.serial = 0; // should there be no memory to sort with
     level.node->Sort(level.order, _scratch);
     level.serial = level.node->Serial();
 }

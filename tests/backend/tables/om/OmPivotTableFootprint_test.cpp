@@ -27,6 +27,7 @@ public:
             _region = &_table.AddDimension(Text("d" + std::to_string(k))).Region();
         }
         _atFirst = _region->ReservedBytes();
+        _blocksAtFirst = _region->LiveBlocks();
     }
 
     void Store(Index const& index) {
@@ -41,6 +42,11 @@ public:
         }
     }
 
+    void Delete(Index const& index) { _table.deleteCell(index); }
+
+    /// Blocks that are neither texts nor anything that was there before the first store.
+    std::size_t Nodes() const { return _region->LiveBlocks() - _blocksAtFirst - CountCells(); }
+
     /// Bytes since the table was empty.
     std::size_t Bytes() const { return _region->ReservedBytes() - _atFirst; }
 
@@ -49,9 +55,18 @@ public:
     std::size_t Bound() const { return _stores * 400 + 20000; }
 
 private:
+    std::size_t CountCells() const {
+        std::size_t cells = 0;
+        for (OmPivotTable::ConstIterator cell = _table.FirstCell(); cell.Cell() != nullptr; ++cell) {
+            ++cells;
+        }
+        return cells;
+    }
+
     OmPivotTable _table;
     OmMemoryRegion const* _region = nullptr;
     std::size_t _atFirst = 0;
+    std::size_t _blocksAtFirst = 0;
     std::size_t _stores = 0;
     OmStringCell const _text{"text"};
 };
@@ -100,4 +115,45 @@ TEST(PivotTableFootprint, ScatteredCells) {
         }
         EXPECT_LE(table.Bytes(), table.Bound()) << width;
     }
+}
+
+// Whatever a node was on the way, only what it has become is still there.
+TEST(PivotTableFootprint, NodesThatChangedTheirFormAreGivenBack) {
+    Table box(2);
+    for (int side = 1; side < 60; ++side) {
+        box.StoreBox(side, side);
+        EXPECT_EQ(box.Nodes(), 1U) << side;
+    }
+    box.Store({Far, 5});
+    EXPECT_EQ(box.Nodes(), 60U); // a root and its leaves
+
+    Table scattered(2);
+    for (int i = 0; i < 1000; ++i) {
+        scattered.Store({i * 1000, i * 1000});
+        EXPECT_EQ(scattered.Nodes(), 1U) << i;
+    }
+    for (int i = 0; i < 1000; ++i) {
+        scattered.Delete({i * 1000, i * 1000});
+    }
+    EXPECT_EQ(scattered.Nodes(), 1U);
+
+    Table line(1);
+    for (int i = 0; i < 100; ++i) {
+        line.Store({i * i * i});
+        line.Store({i});
+        EXPECT_EQ(line.Nodes(), 1U) << i;
+    }
+}
+
+// Cells that come and go elsewhere: a hash that counted the keys that are gone would double for ever.
+TEST(PivotTableFootprint, CellsThatComeAndGoLeaveNothing) {
+    Table table(2);
+    for (int i = 0; i < 50000; ++i) {
+        table.Store({i % 3, i * 50});
+        if (i >= 1000) {
+            table.Delete({(i - 1000) % 3, (i - 1000) * 50});
+        }
+    }
+    EXPECT_EQ(table.Nodes(), 1U);
+    EXPECT_LE(table.Bytes(), std::size_t{1000} * 400 + 20000);
 }

@@ -5,6 +5,9 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
+#include <cstddef>
+#include <limits>
 #include <string>
 #include <type_traits>
 #include <utility>
@@ -231,6 +234,218 @@ TEST(PivotTableIteration, ReachesCellsPastTheCategories) {
     ASSERT_EQ(table.Size(0), 0U);
     table.Put({12});
     EXPECT_EQ(Places(table), "(12)");
+}
+
+// --- iterators and a table that changes ------------------------------------------------------------------------------
+
+TEST(PivotTableIteration, DefaultIteratorsCopyAndAssign) {
+    Iterator const none;
+    Iterator copy(none);
+    EXPECT_EQ((++copy).Cell(), nullptr);
+    EXPECT_TRUE(copy.Index().empty());
+    Table table(1);
+    table.Put({3});
+    Iterator iterator = table.FirstCell();
+    iterator = none;
+    EXPECT_EQ((++iterator).Cell(), nullptr);
+    EXPECT_TRUE(iterator.Index().empty());
+    iterator = table.FirstCell();
+    EXPECT_EQ(iterator.Index(), Index{3});
+    ConstIterator constCopy{ConstIterator(none)};
+    EXPECT_EQ((++constCopy).Cell(), nullptr);
+    constCopy = ConstIterator();
+    EXPECT_TRUE(constCopy.Index().empty());
+}
+
+TEST(PivotTableIteration, IteratorThatIsOverStaysOverWhateverIsStored) {
+    Table table(2);
+    Iterator early = table.FirstCell();
+    table.Put({0, 0});
+    Iterator late = table.FirstCell();
+    ++late;
+    table.Put({5, 5});
+    EXPECT_EQ((++early).Cell(), nullptr);
+    EXPECT_EQ((++late).Cell(), nullptr);
+    EXPECT_EQ(early.Index().size(), 2U);
+    EXPECT_EQ(late.Index().size(), 2U);
+}
+
+TEST(PivotTableIteration, IteratorOlderThanADimensionGoesOnInTheFormerPart) {
+    for (int const former : {1, 2, 3}) {
+        for (int const added : {1, 2}) {
+            Table table(former);
+            Index index(static_cast<std::size_t>(former), 0);
+            for (int i = 0; i < 20; ++i) {
+                index.back() = i * 1000;
+                table.Put(index);
+            }
+            Iterator iterator = table.FirstCell();
+            ++iterator;
+            for (int k = 0; k < added; ++k) {
+                table.AddDimension(Text("late"));
+                Iterator const younger = table.FirstCell();
+                EXPECT_EQ(younger.Index().size(), static_cast<std::size_t>(former + k + 1));
+            }
+            int steps = 1;
+            for (; iterator.Cell() != nullptr; ++iterator, ++steps) {
+                EXPECT_EQ(iterator.Index().size(), static_cast<std::size_t>(former));
+                EXPECT_EQ(iterator.Index().back(), steps * 1000);
+                EXPECT_EQ(iterator.Cell()->AsString(), omtest::Show(iterator.Index()));
+            }
+            EXPECT_EQ(steps, 20);
+        }
+    }
+}
+
+// The nodes that the former levels were have gone; what stands there now may span two levels.
+TEST(PivotTableIteration, IteratorOlderThanDimensionsMeetsNodesMadeAnew) {
+    for (int const former : {1, 2, 3}) {
+        for (int const added : {1, 2, 3}) {
+            Table table(former);
+            Index index(static_cast<std::size_t>(former), 1);
+            table.Put(index);
+            Iterator iterator = table.FirstCell();
+            for (int k = 0; k < added; ++k) {
+                table.AddDimension(Text("late"));
+                index.push_back(0);
+            }
+            table.deleteCell(index);
+            index[0] = 5;
+            table.Put(index);
+            ++iterator;
+            EXPECT_TRUE(iterator.Cell() == nullptr || iterator.Cell() == table.Cell(index)) << former << ' ' << added;
+        }
+    }
+}
+
+TEST(PivotTableIteration, CopyAndOriginalGoOnAfterAChange) {
+    for (int const far : {1, 100000}) {
+        Table table(2);
+        for (int i = 0; i < 50; ++i) {
+            table.Put({i % 7 * far, i * far});
+        }
+        Iterator original = table.FirstCell();
+        for (int i = 0; i < 10; ++i) {
+            ++original;
+        }
+        Iterator copy(original);
+        table.deleteCell(original.Index());
+        table.deleteCell({11 % 7 * far, 11 * far});
+        table.Put({3, 12 * far});
+        ++original;
+        ASSERT_NE(original.Cell(), nullptr);
+        EXPECT_EQ(original.Index()[1], 12 * far);
+        table.deleteCell({3, 12 * far}); // which a walk may have seen or not
+        ++copy;
+        ASSERT_NE(copy.Cell(), nullptr);
+        EXPECT_EQ(copy.Index(), (Index{12 % 7 * far, 12 * far}));
+        EXPECT_EQ((++copy).Index(), (Index{13 % 7 * far, 13 * far}));
+    }
+}
+
+TEST(PivotTableIteration, EverythingMayGoWhileAWalkStandsOnIt) {
+    for (int const dimensions : {1, 2, 3}) {
+        for (int const far : {1, 100000}) {
+            Table table(dimensions);
+            std::vector<Index> indexes;
+            for (int i = 0; i < 40; ++i) {
+                Index index(static_cast<std::size_t>(dimensions), i % 4);
+                index.back() = i * far;
+                indexes.push_back(index);
+                table.Put(index);
+            }
+            Iterator first = table.FirstCell();
+            Iterator middle = first;
+            while (middle.Index() != indexes[20]) {
+                ++middle;
+            }
+            for (Index const& index : indexes) {
+                table.deleteCell(index);
+            }
+            EXPECT_EQ((++first).Cell(), nullptr);
+            EXPECT_EQ((++middle).Cell(), nullptr);
+            EXPECT_EQ(table.FirstCell().Cell(), nullptr);
+            table.Put(indexes[3]);
+            EXPECT_EQ(table.FirstCell().Index(), indexes[3]);
+        }
+    }
+}
+
+TEST(PivotTableIteration, LastCellMayGoWhileAWalkStandsBeforeItOrOnIt) {
+    for (int const far : {1, 100000}) {
+        Table table(2);
+        for (int i = 0; i < 30; ++i) {
+            table.Put({i % 4, i * far});
+        }
+        Iterator before = table.FirstCell();
+        for (int i = 0; i < 28; ++i) {
+            ++before;
+        }
+        Iterator last = before;
+        ++last;
+        EXPECT_EQ(last.Index(), (Index{1, 29 * far}));
+        table.deleteCell({1, 29 * far});
+        EXPECT_EQ((++before).Cell(), nullptr);
+        EXPECT_EQ((++last).Cell(), nullptr);
+    }
+}
+
+// --- the largest numbers ---------------------------------------------------------------------------------------------
+
+TEST(PivotTableIteration, LargestSubscriptInEachDimension) {
+    constexpr int Largest = std::numeric_limits<int>::max();
+    for (std::size_t const dimensions : {1U, 2U, 3U, 4U}) {
+        for (unsigned which = 1; which < 1U << dimensions; ++which) {
+            Table table(static_cast<int>(dimensions));
+            Index index(dimensions, 2);
+            for (std::size_t k = 0; k < dimensions; ++k) {
+                index[k] = (which >> k & 1) != 0 ? Largest : 2;
+            }
+            table.PutNull(index);
+            EXPECT_EQ(table.FirstCell().Cell(), nullptr);
+            table.Put(Index(dimensions, 2));
+            table.Put(index);
+            Index below = index;
+            std::replace(below.begin(), below.end(), Largest, Largest - 1);
+            table.Put(below);
+            EXPECT_EQ(Places(table), omtest::Show(Index(dimensions, 2)) + omtest::Show(below) + omtest::Show(index));
+            Iterator iterator = table.FirstCell();
+            ++iterator;
+            table.deleteCell(iterator.Index());
+            ++iterator;
+            ASSERT_NE(iterator.Cell(), nullptr);
+            EXPECT_EQ(iterator.Index(), index);
+            table.deleteCell(index);
+            EXPECT_EQ((++iterator).Cell(), nullptr);
+            EXPECT_EQ(table.Cell(index), nullptr);
+            EXPECT_EQ(Places(table), omtest::Show(Index(dimensions, 2)));
+        }
+    }
+}
+
+TEST(PivotTableIteration, SixtyFourDimensions) {
+    constexpr int Largest = std::numeric_limits<int>::max();
+    Table table(64);
+    Index const corner(64, Largest);
+    Index middle(64, 0);
+    middle[40] = 7;
+    table.Put(corner);
+    table.Put(Index(64, 0));
+    table.Put(middle);
+    Iterator iterator = table.FirstCell();
+    EXPECT_EQ(iterator.Index(), Index(64, 0));
+    table.AddDimension(Text("late"));
+    ++iterator;
+    EXPECT_EQ(iterator.Index(), middle);
+    ++iterator;
+    EXPECT_EQ(iterator.Index(), corner);
+    EXPECT_EQ((++iterator).Cell(), nullptr);
+    Index wider = corner;
+    wider.push_back(0);
+    table.deleteCell(wider);
+    EXPECT_EQ(table.Cell(wider), nullptr);
+    wider.assign(65, 0);
+    EXPECT_NE(table.Cell(wider), nullptr);
 }
 
 } // namespace
