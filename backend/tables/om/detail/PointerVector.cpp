@@ -15,7 +15,7 @@ constexpr std::uint32_t FewestSlots = 4;
 constexpr std::uint32_t FewestPlaces = 16;
 constexpr std::uint32_t ListMost = OMTREE_NODE_LIST_MOST;
 
-// How much a hash may be looked through, in the unit of its record: sixteen times its places.
+// How much a hash may be looked through, in the unit of its record.
 constexpr std::uint32_t LooksAtAll = 4096;
 constexpr std::uint32_t MostLooked = OMTREE_NODE_LOOKS * LooksAtAll;
 
@@ -391,8 +391,8 @@ bool Node::RemoveKeysIfEmpty(std::uint32_t position) {
         return false;
     }
     if (_form == Form::List) {
-        std::remove_if(Keyed(), Keyed() + _keys, [=](auto const& cell) { return PositionOf(cell.key) == position; });
-        _keys -= keys;
+        auto const isOfLeaf = [position](KeyedEntry const& cell) { return PositionOf(cell.key) == position; };
+        _keys = static_cast<std::uint32_t>(std::remove_if(Keyed(), Keyed() + _keys, isOfLeaf) - Keyed());
         return true;
     }
     _gone += keys;
