@@ -9,28 +9,29 @@ namespace {
 
 constexpr std::uint64_t Most = std::numeric_limits<std::uint64_t>::max();
 
-/// All ones when it does not fit.
-std::uint64_t Product(std::uint64_t a, std::uint64_t b) { return b != 0 && a > Most / b ? Most : a * b; }
-
 } // namespace
 
 AxisIndexer::AxisIndexer(PuppetVector<short> const& axis, std::vector<int> const& sizes) : _axis(axis), _last(Most) {
     std::vector<std::uint32_t> bases;
+    std::vector<bool> named(sizes.size(), false);
     for (short const dimension : axis) {
         bool const names = dimension >= 0 && static_cast<std::size_t>(dimension) < sizes.size();
         std::size_t const number = names ? static_cast<std::size_t>(dimension) : None;
-        _repeats = _repeats || (names && std::any_of(_entries.begin(), _entries.end(), [number](Entry const& entry) {
-                                    return entry.dimension == number;
-                                }));
+        if (names) {
+            _repeats = _repeats || named[number];
+            named[number] = true;
+        }
         bases.push_back(names ? static_cast<std::uint32_t>(std::max(0, sizes[number])) : 1);
         _entries.push_back({number, bases.back(), nullptr});
     }
     _indexer = MultiBase(bases.begin(), bases.end());
     // A digit behind the first that has no values leaves digits only to the positions that never reach it.
-    for (std::size_t i = 1; i < bases.size(); ++i) {
-        if (bases[i] == 0) {
-            _last = Stride(i) == Most ? Most : Stride(i) - 1;
+    std::uint64_t behind = 1;
+    for (std::size_t i = bases.size(); i > 1 && behind != 0; --i) {
+        if (bases[i - 1] == 0 && behind != Most) {
+            _last = behind - 1;
         }
+        behind = Product(behind, bases[i - 1]);
     }
 }
 
@@ -158,36 +159,6 @@ bool AxisIndexer::PositionOf(int const* cell, std::uint64_t& position) const {
     return true;
 }
 
-bool AxisIndexer::ShownNumberOf(int const* cell, std::uint64_t& number) const {
-    number = 0;
-    for (Entry const& entry : _entries) {
-        if (entry.record == nullptr) {
-            continue;
-        }
-        std::int64_t const shown = entry.record->PositionOf(cell[entry.dimension]);
-        if (shown < 0) {
-            return false;
-        }
-        number = number * entry.record->Shown() + static_cast<std::uint64_t>(shown);
-    }
-    return true;
-}
-
-std::uint64_t AxisIndexer::ShownNumbersOrMost() const {
-    std::uint64_t count = 1;
-    for (Entry const& entry : _entries) {
-        count = entry.record != nullptr ? Product(count, entry.record->Shown()) : count;
-    }
-    return count;
-}
-
-bool AxisIndexer::Meets(AxisIndexer const& other) const {
-    return std::any_of(_entries.begin(), _entries.end(), [&](Entry const& entry) {
-        return entry.dimension != None && std::any_of(other._entries.begin(), other._entries.end(),
-                                                      [&](Entry const& e) { return e.dimension == entry.dimension; });
-    });
-}
-
 bool AxisIndexer::Holds(int const* cell) const {
     return std::all_of(_entries.begin(), _entries.end(), [cell](Entry const& entry) {
         return entry.dimension == None || static_cast<std::uint32_t>(cell[entry.dimension]) < entry.base;
@@ -204,6 +175,14 @@ bool AxisIndexer::Restrict(std::vector<int> const& from, std::vector<int>& to) c
         }
     }
     return true;
+}
+
+std::size_t AxisIndexer::DimensionsEnd() const {
+    std::size_t end = 0;
+    for (Entry const& entry : _entries) {
+        end = entry.dimension != None ? std::max(end, entry.dimension + 1) : end;
+    }
+    return end;
 }
 
 std::size_t AxisIndexer::Lowest(std::size_t dimensions) const {

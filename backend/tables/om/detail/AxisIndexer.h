@@ -8,6 +8,7 @@
 #include <array>
 #include <cstddef>
 #include <cstdint>
+#include <limits>
 #include <vector>
 
 namespace om_detail {
@@ -34,16 +35,31 @@ private:
     std::vector<std::uint32_t> _far;
 };
 
+/// All ones when it does not fit.
+constexpr std::uint64_t Product(std::uint64_t a, std::uint64_t b) {
+    constexpr std::uint64_t Most = std::numeric_limits<std::uint64_t>::max();
+    return b != 0 && a > Most / b ? Most : a * b;
+}
+
 /// The positions along one axis: its dimensions as the digits of a mixed-radix number, first one most significant, with
 /// their sizes as bases. A size below 0 counts as 0; an axis entry that names no dimension counts as a digit with the
 /// one value 0, and takes part in nothing else.
 class AxisIndexer {
 public:
+    struct Entry {
+        std::size_t dimension; ///< None for an entry that names none
+        std::uint32_t base;
+        DisplayRecord* record; ///< null for an entry that names none
+    };
+    static constexpr std::size_t None = static_cast<std::size_t>(-1);
+
     AxisIndexer(PuppetVector<short> const& axis, std::vector<int> const& sizes);
 
     /// Takes the display records of the axis's dimensions, which outlive this object. Everything that speaks of shown
-    /// categories needs them. REQUIRES: one for each dimension of the table.
+    /// categories needs them. REQUIRES: one for each of the sizes.
     void Bind(DisplayRecords const& records);
+
+    std::vector<Entry> const& Entries() const { return _entries; }
 
     std::size_t NDimensions() const { return _entries.size(); }
 
@@ -88,16 +104,6 @@ public:
     /// size.
     bool PositionOf(int const* cell, std::uint64_t& position) const;
 
-    /// The same along the shown categories, those past the sizes included: cells have one number when they have the
-    /// same subscripts on this axis. False when one of them is not shown.
-    bool ShownNumberOf(int const* cell, std::uint64_t& number) const;
-
-    /// One more than the largest such number, all ones when it does not fit.
-    std::uint64_t ShownNumbersOrMost() const;
-
-    /// Whether some dimension stands on both axes.
-    bool Meets(AxisIndexer const& other) const;
-
     /// Whether all subscripts of a cell on this axis lie within the sizes.
     bool Holds(int const* cell) const;
 
@@ -105,17 +111,13 @@ public:
     /// no cell can have it.
     bool Restrict(std::vector<int> const& from, std::vector<int>& to) const;
 
+    /// One more than the highest dimension number on the axis; 0 when it names none.
+    std::size_t DimensionsEnd() const;
+
     /// The lowest dimension number on the axis; `dimensions` when it names none.
     std::size_t Lowest(std::size_t dimensions) const;
 
 private:
-    struct Entry {
-        std::size_t dimension; ///< None for an entry that names none
-        std::uint32_t base;
-        DisplayRecord* record;
-    };
-    static constexpr std::size_t None = static_cast<std::size_t>(-1);
-
     std::uint64_t CountBehind(std::size_t i) const;
     void ApplyInOrder(std::uint64_t position, std::vector<int>& index) const;
 

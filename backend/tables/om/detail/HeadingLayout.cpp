@@ -16,7 +16,8 @@ HeadingLayout::HeadingLayout(OmDisplayLayerHeading& layerHeading, PuppetVector<s
     _indexer.Bind(_layers->records);
     _count = _indexer.Count();
     if (_skipEmpty) {
-        AxisIndexer const across(Reversed(other), _layers->table->SizeVector());
+        AxisIndexer across(Reversed(other), _layers->table->SizeVector());
+        across.Bind(_layers->records);
         _nonEmpty = _layers->NonEmpty(_indexer, across, _layers->currentCellIndex, &_layers->layerIndexer);
         _count = _nonEmpty.size();
     }

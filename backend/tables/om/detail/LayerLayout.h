@@ -30,7 +30,7 @@ public:
 
     /// The positions along `axis` that hold a cell, ascending. `other` is the axis that they are probed against,
     /// `start` the subscripts of the dimensions on neither. With `layer`, cells whose subscripts on that axis differ
-    /// from those of `start` do not count. REQUIRES: `axis` is bound to the records.
+    /// from those of `start` do not count. REQUIRES: both axes are bound to the records.
     Positions NonEmpty(om_detail::AxisIndexer const& axis, om_detail::AxisIndexer const& other,
                        std::vector<int> const& start, om_detail::AxisIndexer const* layer) const;
 
@@ -60,13 +60,13 @@ private:
     void MakeRecords();
     void DestroyRecords();
     bool IsSparse() const;
-    /// Whether a cell stands at a position of the other axis. Gives up, with false, when no look-up is left.
-    bool AnyCell(om_detail::AxisIndexer const& other, std::vector<int>& index, std::uint64_t& lookUpsLeft) const;
-    /// `AxisIndexer::ShownNumberOf` of all cells that probing could find from `index`, ascending.
-    Positions ShownNumbers(om_detail::AxisIndexer const& axis, om_detail::AxisIndexer const& other,
-                           std::vector<int> const& index) const;
+    /// Whether a cell stands at a position of the other axis. Gives up, with false, when no step is left.
+    bool AnyCell(om_detail::AxisIndexer const& other, std::vector<int>& index, std::uint64_t& stepsLeft) const;
+    /// What probing from `start` to the end would give, by a walk over the cells.
+    Positions FromCells(om_detail::AxisIndexer const& axis, om_detail::AxisIndexer const& other,
+                        std::vector<int> const& start) const;
     Positions ProbePositions(om_detail::AxisIndexer const& axis, om_detail::AxisIndexer const& other,
-                             std::vector<int> const& start) const;
+                             std::vector<int> index) const;
     Positions ProjectCells(om_detail::AxisIndexer const& axis, std::vector<int> const& start,
                            om_detail::AxisIndexer const* layer) const;
 };

@@ -1,0 +1,112 @@
+// Defects of the display headings that were found once.
+#include "backend/tables/om/OmDisplayColumnHeading.h"
+#include "backend/tables/om/OmDisplayLayerHeading.h"
+#include "backend/tables/om/OmDisplayRowHeading.h"
+#include "tests/support/TableSketch.h"
+
+#include <gtest/gtest.h>
+
+#include <limits>
+#include <string>
+#include <vector>
+
+using omtest::Labels;
+using omtest::TableSketch;
+
+namespace {
+
+using ConstNode = OmDisplayColumnHeading::ConstNode;
+using Index = std::vector<int>;
+using Numbers = std::vector<unsigned long long>;
+
+/// The dimensions' numbers, from `first` on.
+std::vector<short> Axis(int first, int count) {
+    std::vector<short> axis;
+    for (int d = first; d < first + count; ++d) {
+        axis.push_back(static_cast<short>(d));
+    }
+    return axis;
+}
+
+} // namespace
+
+// --- axes of more positions than anyone could visit ------------------------------------------------------------------
+// A step for each of their positions would take centuries, so ending at all is what these ask for.
+
+// Any size of 0 makes a table a dense one, however few cells there are.
+TEST(HeadingsOfLongAxes, AreSkippedWhereAnotherDimensionHasNoCategories) {
+    TableSketch sketch;
+    for (int d = 0; d < 41; ++d) {
+        sketch.Dimension("D", "a b c");
+    }
+    sketch.Dimension("none");
+    sketch.Columns(Axis(1, 37)).Rows({0}).Put(Index(42, 0));
+    Index second(42, 0);
+    second[1] = second[2] = 2;
+    second[0] = 1;
+    sketch.Put(second);
+    OmDisplayLayerHeading layers(sketch.table, true);
+    layers.NextLayer();
+    OmDisplayColumnHeading columns(layers, true);
+    EXPECT_EQ(columns.getNonEmptyColumns(), (Numbers{0, 2 + 3 * 2}));
+    EXPECT_EQ(Labels(columns.ColumnCategories(1)).substr(68), "a c c");
+    EXPECT_EQ(OmDisplayRowHeading(layers, true, false).getNonEmptyRows(), (Numbers{0, 1}));
+
+    sketch.Rows({});
+    EXPECT_EQ(OmDisplayColumnHeading(layers, true).getNonEmptyColumns(), (Numbers{0}));
+
+    // The layers are as many, and looked for in the same way.
+    sketch.Columns({0}).Layers(Axis(1, 37));
+    OmDisplayLayerHeading over(sketch.table, true);
+    over.LastLayer();
+    EXPECT_EQ(over.getLayer(), 1);
+    EXPECT_EQ(over.getCurrentCellIndex()[1], 2);
+}
+
+// Positions without a shown category took no look-up, so none was ever left over for the walk.
+TEST(HeadingsOfLongAxes, AreSkippedWhereNextToNothingIsShown) {
+    TableSketch sketch;
+    for (int d = 0; d < 3; ++d) {
+        OmDimension& dimension = sketch.Dimension("D", "a b=2000000");
+        TableSketch::Node doomed = dimension.AddNewChild(dimension.Root(), OmStringCell("doomed"), 0, false);
+        dimension.Delete(doomed);
+        ASSERT_EQ(dimension.NumCategories(), 2000001);
+    }
+    sketch.Dimension("none");
+    sketch.Columns({0, 1, 2}).Put({0, 0, 0, 0}).Put({2000000, 0, 2000000, 0}).Put({5, 0, 0, 0});
+    OmDisplayLayerHeading layers(sketch.table, false);
+    constexpr unsigned long long Size = 2000001;
+    EXPECT_EQ(OmDisplayColumnHeading(layers, true).getNonEmptyColumns(), (Numbers{0, Size * Size + 1}));
+}
+
+// A dimension on both axes is the other axis's alone: its digits along this one do not matter as long as they show a
+// category. Nor does the first of two entries that name one dimension.
+TEST(HeadingsOfLongAxes, ListEveryPositionThatACellIsFoundFrom) {
+    TableSketch sketch;
+    sketch.FlatDimension("C", 2000);
+    sketch.Dimension("R", "r s t=1");
+    sketch.Dimension("none");
+    sketch.Columns({0, 0}).Rows({1}).Put({1500, 1, 0});
+    OmDisplayLayerHeading layers(sketch.table, false);
+    OmDisplayColumnHeading const columns(layers, true);
+    ASSERT_EQ(columns.NColumns(), 2000);
+    EXPECT_EQ(columns.getNonEmptyColumns()[0], 1500U);
+    EXPECT_EQ(columns.getNonEmptyColumns()[1999], 1999U * 2000 + 1500);
+
+    sketch.Columns({1, 0}).Rows({1});
+    OmDisplayLayerHeading again(sketch.table, false);
+    EXPECT_EQ(OmDisplayColumnHeading(again, true).getNonEmptyColumns(), (Numbers{4500, 4501, 4502}));
+    EXPECT_EQ(OmDisplayRowHeading(again, true, false).NRows(), 3);
+}
+
+// Two leaves with one subscript are two positions, both of which find its cells.
+TEST(HeadingsOfLongAxes, ListEachOfSeveralLeavesWithOneSubscript) {
+    TableSketch sketch;
+    sketch.Dimension("C", "a b=0 c=5 d=4 e=0");
+    sketch.FlatDimension("D", 3000);
+    sketch.Dimension("none");
+    sketch.Columns({1, 0}).Put({0, 2999, 0}).Put({4, 7, 0}).Put({3, 7, 0});
+    OmDisplayLayerHeading layers(sketch.table, false);
+    EXPECT_EQ(OmDisplayColumnHeading(layers, true).getNonEmptyColumns(),
+              (Numbers{2999, 3000 + 2999, 3 * 3000 + 7, 4 * 3000 + 2999}));
+}
