@@ -30,6 +30,52 @@ std::vector<short> Axis(int first, int count) {
 
 } // namespace
 
+// --- a dimension that the layer heading does not know ----------------------------------------------------------------
+
+// The headings over it looked the new dimension's display record up past the end of the list.
+TEST(HeadingsOverAStaleLayerHeading, TakeADimensionAddedLaterForOneWithoutARecord) {
+    TableSketch sketch;
+    sketch.Dimension("R", "r s t");
+    sketch.Dimension("C", "a b");
+    sketch.Rows({0}).Columns({1}).Put({2, 1});
+    OmDisplayLayerHeading layers(sketch.table, false);
+    layers.NextLayer();
+    sketch.Dimension("late", "k l m");
+    sketch.Columns({2, 1});
+    for (bool const skip : {false, true}) {
+        OmDisplayColumnHeading columns(layers, skip);
+        EXPECT_EQ(columns.NDimensions(), 2);
+        EXPECT_EQ(columns.getDimensionIndex(1), 2);
+        EXPECT_EQ(columns.VisibleHeight(1), 0);
+        EXPECT_EQ(columns.NRows(), 2);
+        EXPECT_EQ(columns.NColumns(), skip ? 1 : 2);
+        EXPECT_EQ(Labels(columns.Column(skip ? 0 : 1)), "C b");
+        EXPECT_EQ(Labels(columns.ColumnCategories(skip ? 0 : 1)), "b .");
+        Index index{7};
+        columns.Fill(index, skip ? 0 : 1);
+        EXPECT_EQ(index, (Index{7, 1}));
+        OmDisplayRowHeading rows(layers, skip, true);
+        EXPECT_EQ(rows.NRows(), skip ? 1 : 3);
+        EXPECT_EQ(Labels(rows.Row(skip ? 0 : 2)), "t");
+    }
+}
+
+// The walk over the cells of a sparse table read its restrictions past their end.
+TEST(HeadingsOverAStaleLayerHeading, WalkTheCellsOfATableWithADimensionAddedLater) {
+    TableSketch sketch;
+    sketch.FlatDimension("R", 100);
+    sketch.FlatDimension("C", 100);
+    sketch.Dimension("L", "d e");
+    sketch.Rows({0}).Columns({1}).Layers({2}).Put({90, 7, 0}).Put({80, 9, 1});
+    OmDisplayLayerHeading layers(sketch.table, true);
+    layers.LastLayer();
+    sketch.Dimension("late", "k l m");
+    sketch.Layers({3, 2}).Put({81, 3, 1, 2});
+    EXPECT_EQ(OmDisplayColumnHeading(layers, true).getNonEmptyColumns(), (Numbers{3, 9}));
+    EXPECT_EQ(OmDisplayRowHeading(layers, true, false).getNonEmptyRows(), (Numbers{80, 81}));
+    EXPECT_FALSE(layers.NextLayer());
+}
+
 // --- axes of more positions than anyone could visit ------------------------------------------------------------------
 // A step for each of their positions would take centuries, so ending at all is what these ask for.
 

@@ -12,11 +12,11 @@ namespace om_detail {
 HeadingLayout::HeadingLayout(OmDisplayLayerHeading& layerHeading, PuppetVector<short> const& axis,
                              PuppetVector<short> const& other, bool skipsEmpty, bool namesInCorner)
     : _layers(layerHeading._layout.get()), _skipEmpty(skipsEmpty), _namesInCorner(namesInCorner),
-      _indexer(Reversed(axis), _layers->table->SizeVector()) {
+      _indexer(Reversed(axis), _layers->Sizes()) {
     _indexer.Bind(_layers->records);
     _count = _indexer.Count();
     if (_skipEmpty) {
-        AxisIndexer across(Reversed(other), _layers->table->SizeVector());
+        AxisIndexer across(Reversed(other), _layers->Sizes());
         across.Bind(_layers->records);
         _nonEmpty = _layers->NonEmpty(_indexer, across, _layers->currentCellIndex, &_layers->layerIndexer);
         _count = _nonEmpty.size();

@@ -7,6 +7,7 @@
 #include <algorithm>
 #include <limits>
 #include <new>
+#include <utility>
 
 using om_detail::AxisIndexer;
 using om_detail::CellPositions;
@@ -34,7 +35,7 @@ OmDisplayLayerHeading::Layout::Layout(OmPivotTable& itsTable, bool itSkipsEmpty)
         }
         PuppetVector<short> other = table->Rows();
         other.insert(other.begin(), table->Columns().begin(), table->Columns().end());
-        AxisIndexer body(other, table->SizeVector());
+        AxisIndexer body(other, Sizes());
         body.Bind(records);
         nonEmptyLayers = NonEmpty(layerIndexer, body, currentCellIndex, nullptr);
         layerCount = nonEmptyLayers.size();
@@ -71,6 +72,12 @@ void OmDisplayLayerHeading::Layout::DestroyRecords() {
     records.clear();
 }
 
+std::vector<int> OmDisplayLayerHeading::Layout::Sizes() const {
+    std::vector<int> sizes = table->SizeVector();
+    sizes.resize(records.size());
+    return sizes;
+}
+
 bool OmDisplayLayerHeading::Layout::IsSparse() const {
     constexpr std::uint64_t Most = std::numeric_limits<std::uint64_t>::max();
     std::uint64_t possible = 1;
@@ -87,7 +94,9 @@ OmDisplayLayerHeading::Layout::Positions OmDisplayLayerHeading::Layout::NonEmpty
                                                                                  AxisIndexer const& other,
                                                                                  std::vector<int> const& start,
                                                                                  AxisIndexer const* layer) const {
-    return sparse ? ProjectCells(axis, start, layer) : ProbePositions(axis, other, start);
+    std::vector<int> whole = start; // with the dimensions that the table got since, on which no category is shown
+    whole.resize(table->NDimensions(), 0);
+    return sparse ? ProjectCells(axis, whole, layer) : ProbePositions(axis, other, std::move(whole));
 }
 
 bool OmDisplayLayerHeading::Layout::AnyCell(AxisIndexer const& other, std::vector<int>& index,
@@ -106,7 +115,8 @@ bool OmDisplayLayerHeading::Layout::AnyCell(AxisIndexer const& other, std::vecto
     return false;
 }
 
-OmDisplayLayerHeading::Layout::Positions OmDisplayLayerHeading::Layout::FromCells(AxisIndexer const& axis,
+OmDisplayLayerHeading::Layout::Positions
+OmDisplayLayerHeading::Layout::FromCells(AxisIndexer const& axis,
                                                                                   AxisIndexer const& other,
                                                                                   std::vector<int> const& start) const {
     std::vector<int> wanted = start;

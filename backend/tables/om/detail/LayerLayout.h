@@ -34,6 +34,9 @@ public:
     Positions NonEmpty(om_detail::AxisIndexer const& axis, om_detail::AxisIndexer const& other,
                        std::vector<int> const& start, om_detail::AxisIndexer const* layer) const;
 
+    /// The sizes of the dimensions that have a record. One that the table got later counts as none.
+    std::vector<int> Sizes() const;
+
     /// Resizes a cell index to the number of dimensions and writes the categories of a position into it.
     void Apply(om_detail::AxisIndexer const& axis, std::uint64_t position, std::vector<int>& index) const;
 
