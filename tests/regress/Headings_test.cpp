@@ -6,6 +6,8 @@
 
 #include <gtest/gtest.h>
 
+#include <cstddef>
+#include <deque>
 #include <limits>
 #include <string>
 #include <vector>
@@ -155,4 +157,30 @@ TEST(HeadingsOfLongAxes, ListEachOfSeveralLeavesWithOneSubscript) {
     OmDisplayLayerHeading layers(sketch.table, false);
     EXPECT_EQ(OmDisplayColumnHeading(layers, true).getNonEmptyColumns(),
               (Numbers{2999, 3000 + 2999, 3 * 3000 + 7, 4 * 3000 + 2999}));
+}
+
+// --- lines and heights of large headings -----------------------------------------------------------------------------
+
+// Every dimension took the digits of every position for itself: 10^11 steps.
+TEST(HeightsOfManyDimensions, TakeTheDigitsOfAPositionOnce) {
+    constexpr int Dimensions = 8000;
+    constexpr int Positions = 1500;
+    TableSketch sketch;
+    sketch.FlatDimension("C", Positions);
+    for (int d = 1; d < Dimensions; ++d) {
+        // The second leaf, which would need a line more, lies past the size: no height is as large as it could be.
+        OmDimension& dimension = sketch.Dimension("D", "a G(b)");
+        TableSketch::Node doomed = dimension.AddNewChild(dimension.Root(), OmStringCell("doomed"), 0, false);
+        TableSketch::At(dimension, {1, 0}).Value().Subscript(0);
+        dimension.Delete(doomed);
+    }
+    sketch.Columns(Axis(0, Dimensions));
+    Index index(Dimensions, 0);
+    for (index[0] = 0; index[0] < Positions; ++index[0]) {
+        sketch.Put(index);
+    }
+    OmDisplayLayerHeading layers(sketch.table, false);
+    OmDisplayColumnHeading columns(layers, true);
+    EXPECT_EQ(columns.NColumns(), Positions);
+    EXPECT_EQ(columns.NRows(), 2 * Dimensions);
 }

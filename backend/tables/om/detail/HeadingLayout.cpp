@@ -34,24 +34,34 @@ HeadingLayout::HeadingLayout(OmDisplayLayerHeading& layerHeading, PuppetVector<s
 // --- heights --------------------------------------------------------------------------------------------------------
 
 void HeadingLayout::MeasureHeights() {
+    std::vector<Measured> measured;
     for (std::size_t i = 0; i < _indexer.NDimensions(); ++i) {
         DisplayRecord const* const record = _indexer.RecordAt(i);
         if (record != nullptr) {
-            _heights.push_back(HeightOf(i, *record));
+            unsigned int const width = static_cast<unsigned int>(record->Width());
+            _heights.push_back(_nonEmpty.empty() ? width : 0);
+            measured.push_back({record, i, _heights.size() - 1, width});
+        }
+    }
+    Digits digits(_indexer.NDimensions());
+    for (std::size_t p = 0; p < _nonEmpty.size() && !measured.empty(); ++p) {
+        if (_indexer.DigitsOf(_nonEmpty[p], digits)) {
+            Measure(digits, measured);
         }
     }
 }
 
-unsigned int HeadingLayout::HeightOf(std::size_t i, DisplayRecord const& record) const {
-    unsigned int const width = static_cast<unsigned int>(record.Width());
-    unsigned int height = _nonEmpty.empty() ? width : 0;
-    Digits digits(_indexer.NDimensions());
-    for (std::size_t p = 0; p < _nonEmpty.size() && height < width; ++p) {
-        if (_indexer.DigitsOf(_nonEmpty[p], digits) && digits[i] < record.Shown()) {
-            height = std::max(height, record.DepthAt(digits[i]));
-        }
-    }
-    return height;
+// Dimensions that have their whole width are measured no further.
+void HeadingLayout::Measure(Digits const& digits, std::vector<Measured>& measured) {
+    measured.erase(std::remove_if(measured.begin(), measured.end(),
+                                  [&](Measured const& one) {
+                                      unsigned int& height = _heights[one.height];
+                                      if (digits[one.entry] < one.record->Shown()) {
+                                          height = std::max(height, one.record->DepthAt(digits[one.entry]));
+                                      }
+                                      return height == one.width;
+                                  }),
+                   measured.end());
 }
 
 void HeadingLayout::GiveNamesToCorner() {
@@ -224,10 +234,9 @@ void HeadingLayout::ListCategories() {
     _dimension = static_cast<std::size_t>(_indexer.DimensionAt(0));
     std::vector<int> const* list = &record->Categories();
     if (_skipEmpty) {
-        _shownCategories.reserve(_nonEmpty.size());
-        for (unsigned long long const position : _nonEmpty) {
-            _shownCategories.push_back(record->CategoryAt(static_cast<std::size_t>(position)));
-        }
+        _shownCategories.resize(_nonEmpty.size());
+        std::transform(_nonEmpty.begin(), _nonEmpty.end(), _shownCategories.begin(),
+                       [record](auto position) { return record->CategoryAt(static_cast<std::size_t>(position)); });
         list = &_shownCategories;
     }
     _categories = list->data();

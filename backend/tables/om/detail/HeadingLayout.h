@@ -60,12 +60,21 @@ public:
 private:
     using Path = DisplayRecord::Path;
 
+    /// A heading dimension that is being measured.
+    struct Measured {
+        DisplayRecord const* record;
+        std::size_t entry;  ///< on the axis
+        std::size_t height; ///< its place among the heights
+        unsigned int width; ///< at which it is done
+    };
+
     void MeasureHeights();
-    unsigned int HeightOf(std::size_t i, DisplayRecord const& record) const;
+    void Measure(Digits const& digits, std::vector<Measured>& measured);
     void GiveNamesToCorner();
     void ListCategories();
     void FillByDigits(std::vector<int>& index, int position) const override;
     bool Shows(ConstNode const& node) const;
+    static bool Ends(ConstNode const& node);
     /// Calls `put(line, node)` for the labels of a path, innermost first; line 0 is the outermost.
     template <typename Put>
     void EachLabel(Path leaf, Put&& put) const;
