@@ -161,6 +161,28 @@ TEST(HeadingsOfLongAxes, ListEachOfSeveralLeavesWithOneSubscript) {
 
 // --- lines and heights of large headings -----------------------------------------------------------------------------
 
+// Each position climbed its whole path again: 40 lines took 4 * 10^11 steps.
+TEST(LinesOfDeepHeadings, CostTheNodesOfTheTree) {
+    constexpr int Teeth = 100000;
+    TableSketch sketch;
+    OmDimension& comb = sketch.Dimension("C");
+    TableSketch::Node node = comb.Root();
+    for (int k = 0; k < Teeth; ++k) {
+        comb.AddNewChild(node, OmStringCell("leaf"), static_cast<unsigned long long>(k), false);
+        node = comb.AddNewChild(node, OmStringCell("group"), OmDimensionNode::NoSubscript, true);
+    }
+    sketch.Columns({0});
+    OmDisplayLayerHeading layers(sketch.table, false);
+    OmDisplayColumnHeading columns(layers, false);
+    ASSERT_EQ(columns.NRows(), Teeth + 1);
+    for (int line = 1; line <= 40; ++line) {
+        std::deque<ConstNode*> const nodes = columns.Row(Teeth / 40 * line);
+        ASSERT_EQ(nodes.size(), static_cast<std::size_t>(Teeth));
+        ASSERT_EQ(nodes[0] == nullptr, line > 0);
+        ASSERT_EQ(nodes[Teeth - 1]->Depth(), static_cast<unsigned int>(Teeth / 40 * line));
+    }
+}
+
 // Every dimension took the digits of every position for itself: 10^11 steps.
 TEST(HeightsOfManyDimensions, TakeTheDigitsOfAPositionOnce) {
     constexpr int Dimensions = 8000;

@@ -1,6 +1,7 @@
 #include "backend/tables/om/detail/HeadingLayout.h"
 
 #include "backend/tables/om/OmPivotTable.h"
+#include "backend/tables/om/detail/LabelTrail.h"
 #include "backend/tables/om/detail/LayerLayout.h"
 
 #include <algorithm>
@@ -125,15 +126,16 @@ bool HeadingLayout::Shows(ConstNode const& node) const {
     return !node.Value().Hide() && !(_namesInCorner && node.Depth() == 0);
 }
 
+// A group that hides its labels ends the list even when it is hidden itself.
+bool HeadingLayout::Ends(ConstNode const& node) { return node.Value().IsGroup() && node.Value().HideLabels(); }
+
 // A path is linked upwards alone, so the labels are counted first and told on a second way up.
 template <typename Put>
 void HeadingLayout::EachLabel(Path leaf, Put&& put) const {
     std::size_t count = 0;
     Path innermost = leaf;
     for (Path step = leaf; step; step = step.Above()) {
-        OmDimensionNode const& value = step.Node().Value();
-        // A group that hides its labels ends the list even when it is hidden itself.
-        if (value.IsGroup() && value.HideLabels()) {
+        if (Ends(step.Node())) {
             count = 0;
             innermost = step.Above();
         } else if (Shows(step.Node())) {
@@ -185,18 +187,15 @@ HeadingLayout::Nodes HeadingLayout::Line(int line) const {
     std::uint64_t const stride = _indexer.Stride(i);
     std::uint64_t run = 0;
     Digits digits(_indexer.NDimensions());
-    ConstNode* node = nullptr;
+    auto const shows = [this](ConstNode const& node) { return Shows(node); };
+    LabelTrail<Path, bool (*)(ConstNode const&), decltype(shows)> trail(Ends, shows);
     for (int position = 0; position < Positions(); ++position) {
         std::uint64_t const linear = *LinearOf(position);
         if (position == 0 || linear / stride != run) {
             run = linear / stride;
-            node = nullptr;
-            if (_indexer.DigitsOf(linear, digits)) {
-                EachLabel(_indexer.RecordAt(i)->PathAt(digits[i]),
-                          [&](std::size_t at, ConstNode* label) { node = at == wanted ? label : node; });
-            }
+            trail.Follow(_indexer.DigitsOf(linear, digits) ? _indexer.RecordAt(i)->PathAt(digits[i]) : Path());
         }
-        nodes.push_back(node);
+        nodes.push_back(trail.At(wanted));
     }
     return nodes;
 }
