@@ -35,8 +35,13 @@ class OMTREE_API OmDisplayColumnHeading {
 public:
     using ConstNode = OmDimension::ConstNode;
 
-    /// Lays out the table's column axis for the current layer. O(columns) with skipping in a dense table times the rows
-    /// that are probed, in a sparse one O(cells of the layer) or less; else O(1) beside the layer heading's own work.
+    /// Lays out the table's column axis for the current layer. Without skipping O(dimensions of the axis).
+    ///
+    /// With skipping, in a dense table, one look-up for each shown column at best, and O(cells of the table, shown
+    /// columns, leaves of the axis) at worst. In a sparse one the cell store is walked down to the lowest dimension of
+    /// the axis and of the layers: dimensions with higher numbers than the layers' are walked for all layers together.
+    /// So it is O(cells of the layer) or less where the layers' dimensions were added last, and O(cells of the table)
+    /// where they were added first.
     OmDisplayColumnHeading(OmDisplayLayerHeading& layers, bool skipEmpty);
     ~OmDisplayColumnHeading();
 
@@ -61,7 +66,8 @@ public:
 
     /// The NRows() heading cells of column c, top to bottom; null where there is no label. O(dimensions and labels).
     std::deque<ConstNode*> Column(int c);
-    /// Entry r of `Column(c)` for every column in order; empty when there is no such line. O(columns).
+    /// Entry r of `Column(c)` for every column in order; empty when there is no such line. O(columns),
+    /// and the nodes above their leaves, each once for each run along the dimension.
     std::deque<ConstNode*> Row(int r);
 
     /// The category of column c in each heading dimension, in heading order.

@@ -75,8 +75,8 @@ public:
     using ConstNode = OmDimension::ConstNode;
 
     /// Reads the table's dimensions; no layer is current afterwards. O(nodes of the category trees), with skipping also
-    /// the entries of the cell store down to the lowest layer dimension or, in a dense table, O(layers times other
-    /// positions) look-ups at worst and one a layer at best.
+    /// the entries of the cell store down to the lowest layer dimension or, in a dense table, one look-up for each
+    /// shown layer at best and O(cells of the table) at worst.
     OmDisplayLayerHeading(OmPivotTable& table, bool skipEmpty);
     ~OmDisplayLayerHeading();
 

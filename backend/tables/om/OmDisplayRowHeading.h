@@ -34,8 +34,13 @@ class OMTREE_API OmDisplayRowHeading {
 public:
     using ConstNode = OmDimension::ConstNode;
 
-    /// Lays out the table's row axis for the current layer. O(rows) with skipping in a dense table times the columns
-    /// that are probed, in a sparse one O(cells of the layer) or less; else O(1) beside the layer heading's own work.
+    /// Lays out the table's row axis for the current layer. Without skipping O(dimensions of the axis).
+    ///
+    /// With skipping, in a dense table, one look-up for each shown row at best, and O(cells of the table, shown
+    /// rows, leaves of the axis) at worst. In a sparse one the cell store is walked down to the lowest dimension of
+    /// the axis and of the layers: dimensions with higher numbers than the layers' are walked for all layers together.
+    /// So it is O(cells of the layer) or less where the layers' dimensions were added last, and O(cells of the table)
+    /// where they were added first.
     OmDisplayRowHeading(OmDisplayLayerHeading& layers, bool skipEmpty, bool dimNamesInCorner);
     ~OmDisplayRowHeading();
 
@@ -60,7 +65,8 @@ public:
 
     /// The NColumns() heading cells of row r, left to right; null where there is no label. O(dimensions and labels).
     std::deque<ConstNode*> Row(int r);
-    /// Entry c of `Row(r)` for every row in order; empty when there is no such heading column. O(rows).
+    /// Entry c of `Row(r)` for every row in order; empty when there is no such heading column. O(rows), and
+    /// the nodes above their leaves, each once for each run along the dimension.
     std::deque<ConstNode*> Column(int c);
 
     /// The category of row r in each heading dimension, in heading order.

@@ -72,7 +72,7 @@ public:
             auto const isThere = [&](std::uint32_t below) { return _node.Cell(position, below) != nullptr; };
             return VisitLeaf(visit, lowest, position, _node.Width(), isThere);
         }
-        return lowest == 0 ? VisitPairs(visit) : VisitOrdered(visit);
+        return lowest == 0 || _wanted[0] >= 0 ? VisitPairs(visit) : VisitOrdered(visit);
     }
 
 private:

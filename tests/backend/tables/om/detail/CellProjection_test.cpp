@@ -1,6 +1,7 @@
 // What the headings ask of the cell store, against a walk over the cells.
 #include "backend/tables/om/detail/CellProjection.h"
 
+#include "tests/support/FailingHeap.h"
 #include "tests/support/SeededScripts.h"
 #include "tests/support/TableSketch.h"
 
@@ -9,6 +10,7 @@
 #include <algorithm>
 #include <cstddef>
 #include <limits>
+#include <new>
 #include <set>
 #include <string>
 #include <vector>
@@ -42,6 +44,20 @@ Indexes Told(OmPivotTable const& table, std::size_t lowest, Index const& wanted)
         return true;
     });
     std::sort(told.begin(), told.end());
+    return told;
+}
+
+/// Prefixes told by a walk that gets no memory beside its two lists; std::bad_alloc when it asks for more.
+int ToldWithoutSorting(OmPivotTable const& table, std::size_t lowest, Index const& wanted) {
+    int told = 0;
+    omtest::Heap().untilFailure = 2;
+    try {
+        VisitPrefixes(table, lowest, wanted, [&](int const*) { return ++told > 0; });
+    } catch (...) {
+        omtest::Heap().untilFailure = -1;
+        throw;
+    }
+    omtest::Heap().untilFailure = -1;
     return told;
 }
 
@@ -215,6 +231,22 @@ TEST(CellProjection, PresentCellsAreNotStoreCalls) {
     sketch.Put({1});
     EXPECT_EQ(PresentCells(sketch.table), 1U);
     EXPECT_EQ(sketch.table.getNumCells(), 7);
+}
+
+// Sorting a node of scattered cells is for telling a prefix once of which several stand there. A wanted subscript below
+// the prefix leaves one at most, a wanted one of the prefix leads to a single leaf.
+TEST(CellProjection, NothingIsSortedThatCannotRepeat) {
+    TableSketch sketch;
+    AddDimensions(sketch, 2);
+    for (int k = 0; k < 300; ++k) {
+        sketch.Put({k % 10, 1000 * (k / 2)});
+    }
+    ASSERT_THROW(ToldWithoutSorting(sketch.table, 1, {-1, -1}), std::bad_alloc) << "the cells are not scattered";
+    EXPECT_EQ(ToldWithoutSorting(sketch.table, 1, {3, -1}), 30);
+    EXPECT_EQ(ToldWithoutSorting(sketch.table, 1, {0, -1}), 30);
+    EXPECT_EQ(ToldWithoutSorting(sketch.table, 1, {-1, 0}), 1);
+    EXPECT_EQ(ToldWithoutSorting(sketch.table, 0, {-1, 2000}), 2);
+    EXPECT_EQ(ToldWithoutSorting(sketch.table, 1, {-1, 2000}), 1);
 }
 
 // The walk keeps its levels on the heap.
