@@ -2,6 +2,7 @@
 #include "backend/tables/om/OmDisplayColumnHeading.h"
 #include "backend/tables/om/OmDisplayLayerHeading.h"
 #include "backend/tables/om/OmDisplayRowHeading.h"
+#include "tests/support/AssertionCatcher.h"
 #include "tests/support/TableSketch.h"
 
 #include <gtest/gtest.h>
@@ -9,6 +10,7 @@
 #include <cstddef>
 #include <deque>
 #include <limits>
+#include <memory>
 #include <string>
 #include <vector>
 
@@ -76,6 +78,57 @@ TEST(HeadingsOverAStaleLayerHeading, WalkTheCellsOfATableWithADimensionAddedLate
     EXPECT_EQ(OmDisplayColumnHeading(layers, true).getNonEmptyColumns(), (Numbers{3, 9}));
     EXPECT_EQ(OmDisplayRowHeading(layers, true, false).getNonEmptyRows(), (Numbers{80, 81}));
     EXPECT_FALSE(layers.NextLayer());
+}
+
+// --- a layer heading that is gone
+// -------------------------------------------------------------------------------------
+
+// The headings over it read the display records, which died with it.
+TEST(HeadingsOverADeadLayerHeading, ReportEachUseAndGiveNothing) {
+    TableSketch sketch;
+    sketch.Dimension("R", "r s");
+    sketch.Dimension("C", "a b");
+    sketch.Dimension("D", "c d");
+    sketch.Rows({0}).Columns({1, 2}).Put({1, 1, 1});
+    auto layers = std::make_unique<OmDisplayLayerHeading>(sketch.table, false);
+    auto gone = std::make_unique<OmDisplayRowHeading>(*layers, false, false);
+    OmDisplayColumnHeading columns(*layers, false);
+    OmDisplayRowHeading rows(*layers, true, true);
+    gone.reset();
+    layers.reset();
+
+    // What a heading keeps itself is still there.
+    EXPECT_EQ(columns.NColumns() + rows.NRows(), 4 + 1);
+    EXPECT_EQ(columns.NRows() + rows.NColumns(), 4 + 1);
+    EXPECT_EQ(columns.NDimensions(), 2);
+    EXPECT_EQ(columns.VisibleHeight(1), 2);
+    EXPECT_EQ(columns.getDimensionIndex(0), 2);
+    EXPECT_EQ(columns.getNonEmptyColumns().size(), 4U);
+    EXPECT_EQ(Labels(std::vector<ConstNode*>()) + omtest::Texts(rows.CornerText()), "R");
+    EXPECT_EQ(&columns.Table(), &sketch.table);
+
+#if OMTREE_HARDENED
+    omtest::AssertionCatcher caught(omtest::AfterReport::Return);
+    EXPECT_EQ(Labels(columns.Column(0)), ". . . .");
+    EXPECT_EQ(Labels(columns.ColumnCategories(0)), ". .");
+    EXPECT_EQ(Labels(columns.Row(1)), "");
+    EXPECT_EQ(Labels(rows.Row(0)), ".");
+    EXPECT_EQ(Labels(rows.Column(0)), "");
+    std::vector<ConstNode*> nodes;
+    columns.DimAllNodes(1, nodes);
+    columns.DimCatNodes(1, nodes, nodes);
+    EXPECT_TRUE(nodes.empty());
+    for (std::size_t const length : {std::size_t{3}, std::size_t{1}}) {
+        Index index(length, 7);
+        columns.Fill(index, 0);
+        rows.Fill(index, 0);
+        EXPECT_EQ(index, Index(length, 7));
+    }
+    ASSERT_EQ(caught.Failures().size(), 11U);
+    for (omtest::AssertionCatcher::Failure const& failure : caught.Failures()) {
+        EXPECT_EQ(failure.source + ": " + failure.condition, "backend/tables/om/detail/HeadingLayout: _layers != 0");
+    }
+#endif
 }
 
 // --- axes of more positions than anyone could visit ------------------------------------------------------------------

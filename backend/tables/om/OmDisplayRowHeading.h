@@ -29,7 +29,9 @@ class OmCellText;
 /// pointers; without, the outermost dimension takes what is left of the number and has null pointers, while the inner
 /// ones go on counting.
 ///
-/// The layer heading is not owned and outlives this heading. Node pointers are valid as long as the layer heading.
+/// The layer heading is not owned and outlives this heading; once it is gone, asking for nodes or for categories to be
+/// filled in is a failed hardened check "_layers != 0", after which nothing is given or written. Node pointers are
+/// valid as long as the layer heading.
 class OMTREE_API OmDisplayRowHeading {
 public:
     using ConstNode = OmDimension::ConstNode;

@@ -1,5 +1,6 @@
 #include "backend/tables/om/detail/HeadingLayout.h"
 
+#include "backend/tables/Assert.h"
 #include "backend/tables/om/OmPivotTable.h"
 #include "backend/tables/om/detail/LabelTrail.h"
 #include "backend/tables/om/detail/LayerLayout.h"
@@ -10,10 +11,16 @@
 
 namespace om_detail {
 
+namespace {
+
+constexpr char Source[] = "backend/tables/om/detail/HeadingLayout";
+
+} // namespace
+
 HeadingLayout::HeadingLayout(OmDisplayLayerHeading& layerHeading, PuppetVector<short> const& axis,
                              PuppetVector<short> const& other, bool skipsEmpty, bool namesInCorner)
-    : _layers(layerHeading._layout.get()), _skipEmpty(skipsEmpty), _namesInCorner(namesInCorner),
-      _indexer(Reversed(axis), _layers->Sizes()) {
+    : _layers(layerHeading._layout.get()), _table(_layers->table), _skipEmpty(skipsEmpty),
+      _namesInCorner(namesInCorner), _indexer(Reversed(axis), _layers->Sizes()) {
     _indexer.Bind(_layers->records);
     _count = _indexer.Count();
     if (_skipEmpty) {
@@ -30,7 +37,31 @@ HeadingLayout::HeadingLayout(OmDisplayLayerHeading& layerHeading, PuppetVector<s
         GiveNamesToCorner();
     }
     _depth = static_cast<int>(std::accumulate(_heights.begin(), _heights.end(), 0U));
+    _next = _layers->headings;
+    if (_next != nullptr) {
+        _next->_previous = this;
+    }
+    _layers->headings = this;
 }
+
+HeadingLayout::~HeadingLayout() {
+    if (_layers == nullptr) {
+        return;
+    }
+    (_previous != nullptr ? _previous->_next : _layers->headings) = _next;
+    if (_next != nullptr) {
+        _next->_previous = _previous;
+    }
+}
+
+// Without its list of categories, a position is filled by the layout, which checks.
+HeadingLayout* HeadingLayout::Abandon() {
+    _layers = nullptr;
+    _listed = 0;
+    return _next;
+}
+
+bool HeadingLayout::HasLayers() const { return OM_HARDENED(_layers != nullptr, "_layers != 0", Source, __LINE__); }
 
 // --- heights --------------------------------------------------------------------------------------------------------
 
@@ -113,7 +144,7 @@ std::vector<unsigned long long> const& HeadingLayout::NonEmpty() const {
 template <typename Visit>
 void HeadingLayout::EachPath(std::optional<std::uint64_t> linear, Visit&& visit) const {
     Digits digits(_indexer.NDimensions());
-    bool const hasDigits = linear && _indexer.DigitsOf(*linear, digits);
+    bool const hasDigits = HasLayers() && linear && _indexer.DigitsOf(*linear, digits);
     for (std::size_t i = 0; i < digits.size(); ++i) {
         DisplayRecord* const record = _indexer.RecordAt(i);
         visit(i, hasDigits && record != nullptr ? record->PathAt(digits[i]) : Path());
@@ -171,7 +202,7 @@ HeadingLayout::Nodes HeadingLayout::Cells(int position) const {
 // Neighbouring positions share the digit that the line belongs to, and with it the entry.
 HeadingLayout::Nodes HeadingLayout::Line(int line) const {
     Nodes nodes;
-    if (line < 0 || line >= _depth) {
+    if (!HasLayers() || line < 0 || line >= _depth) {
         return nodes;
     }
     std::size_t wanted = static_cast<std::size_t>(line);
@@ -243,14 +274,15 @@ void HeadingLayout::ListCategories() {
 }
 
 void HeadingLayout::FillByDigits(std::vector<int>& index, int position) const {
+    if (!HasLayers()) {
+        return;
+    }
     index.resize(_dimensions, 0);
     std::optional<std::uint64_t> const linear = LinearOf(position);
     if (linear) {
         _indexer.Apply(*linear, index);
     }
 }
-
-OmPivotTable& HeadingLayout::Table() const { return *_layers->table; }
 
 // --- corner ---------------------------------------------------------------------------------------------------------
 
@@ -276,7 +308,7 @@ void HeadingLayout::MakeCorner() {
     if (_count != 0 && !placed) {
         _corner.resize(static_cast<std::size_t>(_depth), nullptr);
         if (_depth != 0) {
-            OmPivotTable const& table = *_layers->table;
+            OmPivotTable const& table = *_table;
             _corner[0] = table.CornerText();
         }
     }

@@ -27,6 +27,10 @@ namespace om_detail {
 ///
 /// A position is a place in the shown sequence; its linear number counts along the whole axis. A position without a
 /// linear number, or one past a dimension's shown categories, gives null cells.
+///
+/// The layouts over a layer heading stand on a list of its, so that none reads display records that are gone: once the
+/// layer heading is destroyed, what asks for them is a failed hardened check "_layers != 0" and gives null cells, empty
+/// lists, and leaves what it is handed as it is.
 class HeadingLayout final : public PositionFill {
 public:
     using ConstNode = OmDimension::ConstNode;
@@ -34,6 +38,10 @@ public:
 
     HeadingLayout(OmDisplayLayerHeading& layerHeading, PuppetVector<short> const& axis,
                   PuppetVector<short> const& other, bool skipsEmpty, bool namesInCorner);
+    ~HeadingLayout() override;
+
+    /// The layer heading is going. Gives the next on its list.
+    HeadingLayout* Abandon();
 
     /// The `Depth()` heading cells of a position, outermost first.
     Nodes Cells(int position) const;
@@ -50,7 +58,7 @@ public:
     int DimensionAt(int i) const { return _indexer.DimensionAt(i); }
     std::vector<unsigned long long> const& NonEmpty() const;
     std::vector<OmCellText const*> const& Corner() const { return _corner; }
-    OmPivotTable& Table() const;
+    OmPivotTable& Table() const { return *_table; }
     bool SkipEmpty() const { return _skipEmpty; }
     bool DimNamesInCorner() const { return _namesInCorner; }
 
@@ -85,7 +93,13 @@ private:
     template <typename Visit>
     void EachPath(std::optional<std::uint64_t> linear, Visit&& visit) const;
 
-    OmDisplayLayerHeading::Layout* _layers;
+    /// Whether the layer heading is there.
+    bool HasLayers() const;
+
+    OmDisplayLayerHeading::Layout* _layers; ///< null when it is gone
+    OmPivotTable* _table;
+    HeadingLayout* _previous = nullptr; ///< on the layer heading's list
+    HeadingLayout* _next = nullptr;
     bool _skipEmpty;
     bool _namesInCorner;
     AxisIndexer _indexer;

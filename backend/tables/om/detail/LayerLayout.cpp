@@ -3,6 +3,7 @@
 #include "backend/tables/om/OmDimension.h"
 #include "backend/tables/om/detail/CellPositions.h"
 #include "backend/tables/om/detail/CellProjection.h"
+#include "backend/tables/om/detail/HeadingLayout.h"
 
 #include <algorithm>
 #include <limits>
@@ -46,6 +47,9 @@ OmDisplayLayerHeading::Layout::Layout(OmPivotTable& itsTable, bool itSkipsEmpty)
 }
 
 OmDisplayLayerHeading::Layout::~Layout() {
+    while (headings != nullptr) {
+        headings = headings->Abandon();
+    }
     DestroyRecords();
     WorkingRelease(false);
 }
@@ -115,8 +119,7 @@ bool OmDisplayLayerHeading::Layout::AnyCell(AxisIndexer const& other, std::vecto
     return false;
 }
 
-OmDisplayLayerHeading::Layout::Positions
-OmDisplayLayerHeading::Layout::FromCells(AxisIndexer const& axis,
+OmDisplayLayerHeading::Layout::Positions OmDisplayLayerHeading::Layout::FromCells(AxisIndexer const& axis,
                                                                                   AxisIndexer const& other,
                                                                                   std::vector<int> const& start) const {
     std::vector<int> wanted = start;

@@ -58,6 +58,7 @@ public:
     bool sparse = false;      ///< less than one possible cell in a hundred is present
     std::uint64_t layerCount = 0;
     int currentLayer = -1;
+    om_detail::HeadingLayout* headings = nullptr; ///< over this one; told when it goes
 
 private:
     void MakeRecords();
