@@ -3,14 +3,17 @@
 #include "backend/tables/om/OmDisplayLayerHeading.h"
 #include "backend/tables/om/OmDisplayRowHeading.h"
 #include "tests/support/AssertionCatcher.h"
+#include "tests/support/ForeignText.h"
 #include "tests/support/TableSketch.h"
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <cstddef>
 #include <deque>
 #include <limits>
 #include <memory>
+#include <stdexcept>
 #include <string>
 #include <vector>
 
@@ -22,6 +25,22 @@ namespace {
 using ConstNode = OmDisplayColumnHeading::ConstNode;
 using Index = std::vector<int>;
 using Numbers = std::vector<unsigned long long>;
+
+constexpr int Most = std::numeric_limits<int>::max();
+
+/// Dimensions with the leaves `a` and `b`.
+void AddPairs(TableSketch& sketch, int count) {
+    for (int d = 0; d < count; ++d) {
+        sketch.Dimension("D", "a b");
+    }
+}
+
+/// One leaf, and the largest size there is.
+void AddHugeDimension(TableSketch& sketch, std::string const& name, std::string const& leaf) {
+    OmDimension& dimension = sketch.Dimension(name, leaf + " last=2147483646");
+    TableSketch::Node doomed = dimension.AddNewChild(dimension.Root(), OmStringCell("doomed"), 0, false);
+    dimension.Delete(doomed);
+}
 
 /// The dimensions' numbers, from `first` on.
 std::vector<short> Axis(int first, int count) {
@@ -258,4 +277,239 @@ TEST(HeightsOfManyDimensions, TakeTheDigitsOfAPositionOnce) {
     OmDisplayColumnHeading columns(layers, true);
     EXPECT_EQ(columns.NColumns(), Positions);
     EXPECT_EQ(columns.NRows(), 2 * Dimensions);
+}
+
+// --- the largest numbers ---------------------------------------------------------------------------------------------
+
+TEST(HeadingsAtTheLargestInt, NoLayerComesAfterOneRestoredThere) {
+    TableSketch sketch;
+    sketch.Dimension("L", "d e");
+    sketch.Layers({0}).Put({0}).Put({1});
+    sketch.table.setLayerLoc(Most);
+    for (bool const skip : {false, true}) {
+        OmDisplayLayerHeading layers(sketch.table, skip);
+        EXPECT_EQ(layers.restoreLayer(), Most);
+        EXPECT_FALSE(layers.NextLayer());
+        EXPECT_EQ(layers.getLayer(), Most);
+        EXPECT_EQ(Labels(layers.Nodes(0)), "");
+        Index index{5};
+        layers.Fill(index);
+        EXPECT_EQ(index, Index{5});
+        layers.LastLayer();
+        EXPECT_EQ(layers.getLayer(), 1);
+    }
+}
+
+TEST(HeadingsAtTheLargestInt, LastLayerIsTheLastThatCanBeNamed) {
+    TableSketch sketch;
+    AddPairs(sketch, 32);
+    sketch.Layers(Axis(0, 32));
+    OmDisplayLayerHeading layers(sketch.table, false);
+    layers.LastLayer();
+    EXPECT_EQ(layers.getLayer(), Most);
+    Index expected(32, 1);
+    expected[31] = 0;
+    EXPECT_EQ(layers.getCurrentCellIndex(), expected);
+    EXPECT_FALSE(layers.NextLayer());
+    EXPECT_EQ(layers.getLayer(), Most);
+}
+
+TEST(HeadingsAtTheLargestInt, CountsOfPositionsStopThere) {
+    TableSketch sketch;
+    AddPairs(sketch, 63);
+    sketch.Columns(Axis(0, 32)).Rows(Axis(0, 63));
+    OmDisplayLayerHeading layers(sketch.table, false);
+    OmDisplayColumnHeading columns(layers, false);
+    OmDisplayRowHeading rows(layers, false, false);
+    EXPECT_EQ(columns.NColumns(), Most);
+    EXPECT_EQ(rows.NRows(), Most);
+    EXPECT_EQ(Labels(columns.Column(Most)).substr(0, 12), "D a D b D b ");
+    Index index;
+    rows.Fill(index, Most);
+    EXPECT_EQ(index[30] * 10 + index[31], 10);
+    EXPECT_THROW(rows.getNonEmptyRows(), std::length_error);
+}
+
+// What is left for the outermost dimension may be more than a digit holds. Its low half, 4, would show a category.
+TEST(HeadingsAtTheLargestInt, OversizedFirstDigitShowsNothing) {
+    TableSketch sketch;
+    AddHugeDimension(sketch, "I", "a");
+    sketch.Dimension("O", "a b c d e f");
+    sketch.Columns({0, 1});
+    OmDisplayLayerHeading layers(sketch.table, false);
+    OmDisplayColumnHeading columns(layers, false);
+    EXPECT_EQ(columns.NColumns(), Most);
+    EXPECT_EQ(Labels(columns.ColumnCategories(-4)), ". a");
+    EXPECT_EQ(Labels(columns.Column(-4)), ". . I a");
+    std::vector<ConstNode*> nodes;
+    columns.DimAllNodes(-4, nodes);
+    EXPECT_EQ(Labels(nodes), "I a");
+    Index index{7, 7};
+    columns.Fill(index, -4);
+    EXPECT_EQ(index, (Index{0, 7}));
+    for (int const c : {-1, std::numeric_limits<int>::min()}) {
+        EXPECT_EQ(Labels(columns.ColumnCategories(c)), ". .");
+        columns.Fill(index, c);
+        EXPECT_EQ(index, (Index{0, 7}));
+    }
+}
+
+TEST(HeadingsAtTheLargestInt, SizeBelowZeroIsKeptByTheVectorAlone) {
+    TableSketch sketch;
+    OmDimension& dimension = sketch.Dimension("D", "a=4294967294");
+    TableSketch::Node doomed = dimension.AddNewChild(dimension.Root(), OmStringCell("doomed"), 0, false);
+    dimension.Delete(doomed);
+    EXPECT_EQ(sketch.table.SizeVector(), Index{-1});
+    EXPECT_EQ(sketch.table.Size(0), 0U);
+}
+
+// --- many dimensions -------------------------------------------------------------------------------------------------
+
+// Their number of possible cells does not fit into 64 bits, and is 0 there: the table is a sparse one all the same.
+TEST(HeadingsOfManyDimensions, GoOnBeyondSixtyFourBits) {
+    TableSketch sketch;
+    AddPairs(sketch, 64);
+    sketch.Columns(Axis(0, 64)).Put(Index(64, 1)).Put(Index(64, 0));
+    OmDisplayLayerHeading layers(sketch.table, true);
+    ASSERT_TRUE(layers.NextLayer());
+    EXPECT_EQ(OmDisplayColumnHeading(layers, false).NColumns(), 0);
+    OmDisplayColumnHeading columns(layers, true);
+    EXPECT_EQ(columns.getNonEmptyColumns(), (Numbers{0, ~0ULL}));
+    EXPECT_EQ(columns.Column(1).size(), 128U);
+    EXPECT_EQ(columns.ColumnCategories(1)[63]->Value().Text()->AsString(), "b");
+    EXPECT_EQ(Labels(columns.Row(127)), "a b");
+    Index index;
+    columns.Fill(index, 1);
+    EXPECT_EQ(index, Index(64, 1));
+}
+
+// Digits of more than eight dimensions do not stand in the object.
+TEST(HeadingsOfManyDimensions, FillABodyFromLongAxes) {
+    TableSketch sketch;
+    AddPairs(sketch, 30);
+    sketch.Layers(Axis(0, 9)).Columns(Axis(9, 10)).Rows(Axis(19, 11));
+    for (int seed = 1; seed < 6; ++seed) {
+        Index index(30);
+        for (int d = 0; d < 30; ++d) {
+            index[static_cast<std::size_t>(d)] = d * d / seed % 2;
+        }
+        sketch.Put(index, std::to_string(seed));
+    }
+    for (bool const skip : {false, true}) {
+        std::string found;
+        OmDisplayLayerHeading layers(sketch.table, skip);
+        while (layers.NextLayer()) {
+            OmDisplayColumnHeading columns(layers, true);
+            OmDisplayRowHeading rows(layers, true, true);
+            for (int r = 0; r < rows.NRows(); ++r) {
+                for (int c = 0; c < columns.NColumns(); ++c) {
+                    Index index;
+                    layers.Fill(index);
+                    columns.Fill(index, c);
+                    rows.Fill(index, r);
+                    OmPivotTable const& table = sketch.table;
+                    OmCellText const* const cell = table.Cell(index);
+                    found += cell != nullptr ? cell->AsString() : "";
+                    ASSERT_EQ(Labels(columns.ColumnCategories(c))[0], "ab"[index[18]]);
+                    ASSERT_EQ(Labels(rows.Row(r)).back(), "ab"[index[19]]);
+                    ASSERT_EQ(layers.Nodes(8).back()->Value().Text()->AsString()[0], "ab"[index[0]]);
+                }
+            }
+        }
+        std::sort(found.begin(), found.end());
+        EXPECT_EQ(found, "12345");
+    }
+}
+
+TEST(HeadingsOfOddAxes, TakeRepeatedAndMissingDimensionsAsTheyStand) {
+    TableSketch sketch;
+    sketch.Dimension("L", "d e f");
+    sketch.Layers({0, -1, 77, -7, 0});
+    OmDisplayLayerHeading layers(sketch.table, false);
+    EXPECT_EQ(layers.NDimensions(), 5);
+    EXPECT_EQ(layers.getDimensionIndex(1), -7);
+    EXPECT_EQ(layers.getDimensionIndex(2), 77);
+    EXPECT_EQ(layers.VisibleWidth(2) + layers.VisibleWidth(-1) + layers.VisibleWidth(Most), 0);
+    EXPECT_EQ(layers.getDimensionIndex(-1) + layers.getDimensionIndex(Most), -2);
+    layers.LastLayer();
+    EXPECT_EQ(layers.getLayer(), 8);
+    ASSERT_TRUE(layers.SwitchLayer(5));
+    EXPECT_EQ(Labels(layers.Nodes(0)), "L e");
+    EXPECT_EQ(Labels(layers.Nodes(4)), "L f");
+    EXPECT_EQ(Labels(layers.Nodes(2)), "");
+    EXPECT_EQ(layers.getCurrentCellIndex(), Index{2});
+    sketch.Put({1});
+    OmDisplayLayerHeading skipping(sketch.table, true);
+    std::string nonEmpty;
+    while (skipping.NextLayer()) {
+        nonEmpty += Labels(skipping.Nodes(0)) + "/" + Labels(skipping.Nodes(4)) + " ";
+    }
+    EXPECT_EQ(nonEmpty, "L d/L e L e/L e L f/L e ");
+}
+
+// --- flags, vectors and texts of the caller --------------------------------------------------------------------------
+
+// A heading has the lines that it had when it was built, whatever is shown later.
+TEST(HeadingsWhoseFlagsChange, CutTheLabelsToTheirLines) {
+    TableSketch sketch;
+    OmDimension& dimension = sketch.Dimension("C", "G(-a)");
+    sketch.Dimension("R", "r");
+    sketch.Columns({1, 0}).Rows({0});
+    OmDisplayLayerHeading layers(sketch.table, false);
+    OmDisplayColumnHeading columns(layers, false);
+    OmDisplayRowHeading rows(layers, false, true);
+    ASSERT_EQ(Labels(columns.Column(0)), "C G R r");
+    TableSketch::At(dimension, {0, 0}).Value().Hide(false);
+    EXPECT_EQ(Labels(columns.Column(0)), "C G R r");
+    EXPECT_EQ(Labels(columns.Row(1)), "G");
+    EXPECT_EQ(Labels(columns.Row(2)), "R");
+    EXPECT_EQ(Labels(rows.Row(0)), "G");
+    TableSketch::At(dimension, {0}).Value().Hide(true);
+    EXPECT_EQ(Labels(columns.Column(0)), "C a R r");
+    TableSketch::At(dimension, {0, 0}).Value().Hide(true);
+    EXPECT_EQ(Labels(columns.Column(0)), "C . R r");
+}
+
+TEST(HeadingsAskedWithOneVectorTwice, AppendToItInTurn) {
+    TableSketch sketch;
+    sketch.Dimension("C", "a b");
+    sketch.Dimension("D", "G(c d)");
+    sketch.Columns({0}).Rows({0, 1}).Layers({1});
+    OmDisplayLayerHeading layers(sketch.table, false);
+    layers.NextLayer();
+    OmDisplayRowHeading const rows(layers, false, false);
+    std::vector<ConstNode*> nodes;
+    rows.DimCatNodes(1, nodes, nodes);
+    EXPECT_EQ(Labels(nodes), "D c C b");
+    layers.DimAllNodes(0, nodes);
+    layers.DimAllNodes(0, nodes);
+    EXPECT_EQ(Labels(nodes), "D c C b D G c D G c");
+    ConstNode* node = nullptr;
+    layers.DimCatNodes(0, node, node);
+    EXPECT_EQ(node->Value().Text()->AsString(), "c");
+}
+
+// A text of a program's own kind may call back; the headings call none.
+TEST(HeadingsOverForeignTexts, AskThemNothing) {
+    omtest::ForeignLog log;
+    OmPivotTable table(OmStringCell("title"), OmStringCell("template"), false);
+    OmDimension& dimension = table.AddDimension(omtest::ForeignText(log, "name"));
+    dimension.AddNewChild(dimension.Root(), omtest::ForeignText(log, "leaf"), 0, false);
+    omtest::ForeignText const corner(log, "corner");
+    table.CornerText(&corner);
+    table.Rows().push_back(0);
+    table.Cell({0}, omtest::ForeignText(log, "cell"));
+    log.Take();
+    for (bool const names : {false, true}) {
+        OmDisplayLayerHeading layers(table, true);
+        layers.NextLayer();
+        OmDisplayColumnHeading columns(layers, true);
+        OmDisplayRowHeading rows(layers, true, names);
+        std::vector<OmCellText const*> const texts = rows.CornerText();
+        OmCellText const* const inCorner = names ? &dimension.Name() : table.CornerText();
+        ASSERT_EQ(texts.size(), names ? 1U : 2U);
+        EXPECT_EQ(texts[0], inCorner);
+        EXPECT_EQ(rows.Row(0).size() + columns.Column(0).size(), names ? 1U : 2U);
+    }
+    EXPECT_EQ(log.Take(), std::vector<std::string>());
 }

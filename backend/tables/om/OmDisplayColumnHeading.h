@@ -28,7 +28,8 @@ class OmCellText;
 /// Column numbers are places in the shown sequence. With skipping, columns without a cell in the current layer are left
 /// out; build a new heading after the layer heading has switched. With skipping, a number past the sequence gives null
 /// pointers; without, the outermost dimension takes what is left of the number and has null pointers, while the inner
-/// ones go on counting.
+/// ones go on counting; a negative number counts back from 2^64. An axis of 2^64 positions or more is counted in 64
+/// bits, which wrap.
 ///
 /// The layer heading is not owned and outlives this heading; once it is gone, asking for nodes or for categories to be
 /// filled in is a failed hardened check "_layers != 0", after which nothing is given or written. Node pointers are
@@ -50,7 +51,7 @@ public:
     OmDisplayColumnHeading(OmDisplayColumnHeading const&) = delete;
     OmDisplayColumnHeading& operator=(OmDisplayColumnHeading const&) = delete;
 
-    /// Number of shown columns.
+    /// Number of shown columns; the largest int where there are more.
     int NColumns() const { return _layout->Positions(); }
     /// Number of heading lines.
     int NRows() const;
@@ -63,7 +64,7 @@ public:
     int getDimensionIndex(int i) const;
 
     /// Linear numbers of the shown columns along the axis, ascending. Without skipping, all of them, listed when first
-    /// asked for. Valid as long as the heading.
+    /// asked for (std::length_error or std::bad_alloc when they are too many). Valid as long as the heading.
     std::vector<unsigned long long> const& getNonEmptyColumns() const;
 
     /// The NRows() heading cells of column c, top to bottom; null where there is no label. O(dimensions and labels).

@@ -46,7 +46,7 @@ protected:
 
     int const* _categories = nullptr; ///< of each position
     std::size_t _listed = 0;          ///< their number; 0 on an axis with any other number of dimensions
-    std::size_t _dimension = 0;       ///< the axis's
+    std::size_t _dimension{};         ///< the axis's; read only where there is a list
     std::size_t _dimensions = 0;      ///< of the table
     int _positions = 0;
 };
@@ -112,7 +112,7 @@ public:
     /// Makes layer n current. -1 goes back before the first layer, leaves the current cell index and gives false; any
     /// other n outside 0 to the number of layers less one changes nothing and gives false.
     bool SwitchLayer(int n);
-    /// Makes the last layer current.
+    /// Makes the last layer current; the last that an int can name where there are more.
     void LastLayer();
 
     /// The current layer's place in the enumeration, -1 before the first.

@@ -27,7 +27,8 @@ class OmCellText;
 /// Row numbers are places in the shown sequence. With skipping, rows without a cell in the current layer are left out;
 /// build a new heading after the layer heading has switched. With skipping, a number past the sequence gives null
 /// pointers; without, the outermost dimension takes what is left of the number and has null pointers, while the inner
-/// ones go on counting.
+/// ones go on counting; a negative number counts back from 2^64. An axis of 2^64 positions or more is counted in 64
+/// bits, which wrap.
 ///
 /// The layer heading is not owned and outlives this heading; once it is gone, asking for nodes or for categories to be
 /// filled in is a failed hardened check "_layers != 0", after which nothing is given or written. Node pointers are
@@ -49,7 +50,7 @@ public:
     OmDisplayRowHeading(OmDisplayRowHeading const&) = delete;
     OmDisplayRowHeading& operator=(OmDisplayRowHeading const&) = delete;
 
-    /// Number of shown rows.
+    /// Number of shown rows; the largest int where there are more.
     int NRows() const { return _layout->Positions(); }
     /// Number of heading columns.
     int NColumns() const;
@@ -62,7 +63,7 @@ public:
     int getDimensionIndex(int i) const;
 
     /// Linear numbers of the shown rows along the axis, ascending. Without skipping, all of them, listed when first
-    /// asked for. Valid as long as the heading.
+    /// asked for (std::length_error or std::bad_alloc when they are too many). Valid as long as the heading.
     std::vector<unsigned long long> const& getNonEmptyRows() const;
 
     /// The NColumns() heading cells of row r, left to right; null where there is no label. O(dimensions and labels).
@@ -87,7 +88,7 @@ public:
 
     /// The corner, one entry for each heading column: with dimension names, each name in the first column of its
     /// dimension; otherwise the table's own corner text in front. Null entries are empty. The texts belong to the
-    /// table.
+    /// table and are valid until it replaces its corner text or the dimension's name.
     std::vector<OmCellText const*> CornerText() const;
     bool DimNamesInCorner() const;
 

@@ -92,10 +92,12 @@ public:
     OmDimension const& Dimension(int which) const;
     std::size_t NDimensions() const;
 
-    /// The dimension's number of categories. Throws OMSException "OmPivotTable::Size() -- which < 0" or
-    /// "OmPivotTable::Size() -- which < NDimensions()", values as for `Dimension`.
+    /// The dimension's number of categories, as positions along an axis count it: a number below 0, which a subscript
+    /// of 2^31 - 1 or more can leave behind (`OmDimension::NumCategories`), is 0 here. Throws OMSException
+    /// "OmPivotTable::Size() -- which < 0" or "OmPivotTable::Size() -- which < NDimensions()", values as for
+    /// `Dimension`.
     std::size_t Size(int which) const;
-    /// The numbers of categories of all dimensions.
+    /// The numbers of categories of all dimensions as they keep them, one below 0 included.
     std::vector<int> SizeVector() const;
 
     /// Copies the dimensions, not the cells, axes or properties, of `source`, those that it has when the call begins.

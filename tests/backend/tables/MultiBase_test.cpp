@@ -116,6 +116,13 @@ TEST(MultiBase, ShorterDigitListFailsAndStillGivesTheNumberSoFar) {
     EXPECT_EQ(caught.Reports(), (Reports{WrongLength[0], WrongLength[0]}));
 }
 
+// There is no digit to start from.
+TEST(MultiBase, EmptyDigitListFailsWhereThereAreBases) {
+    AssertionCatcher caught(AfterReport::Return);
+    EXPECT_EQ(Of({3, 4}).Number({}), 0U);
+    EXPECT_EQ(caught.Reports(), WrongLength);
+}
+
 TEST(MultiBase, DigitWithoutAnyBaseFailsAndIsTheNumber) {
     AssertionCatcher caught(AfterReport::Return);
     EXPECT_EQ(MultiBase().Number({6}), 6U);

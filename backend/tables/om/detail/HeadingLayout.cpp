@@ -96,6 +96,7 @@ void HeadingLayout::Measure(Digits const& digits, std::vector<Measured>& measure
                    measured.end());
 }
 
+// A height is that of a shown category, so there is a first one.
 void HeadingLayout::GiveNamesToCorner() {
     std::size_t next = 0;
     for (std::size_t i = 0; i < _indexer.NDimensions(); ++i) {
@@ -104,7 +105,7 @@ void HeadingLayout::GiveNamesToCorner() {
             continue;
         }
         unsigned int& height = _heights[next++];
-        if (record->Shown() > 0 && height != 0 && !record->PathAt(0).Root().Value().Hide()) {
+        if (height != 0 && !record->PathAt(0).Root().Value().Hide()) {
             --height;
         }
     }
@@ -288,14 +289,14 @@ void HeadingLayout::FillByDigits(std::vector<int>& index, int position) const {
 
 void HeadingLayout::MakeCorner() {
     bool placed = false;
-    if (_namesInCorner && _indexer.NDimensions() > 0) {
+    if (_namesInCorner) {
         std::size_t next = 0;
         EachPath(0, [&](std::size_t i, Path path) {
             if (_indexer.RecordAt(i) == nullptr) {
                 return;
             }
             unsigned int const height = _heights[next++];
-            if (!path || height == 0) {
+            if (height == 0) {
                 return;
             }
             OmDimensionNode const& root = path.Root().Value();

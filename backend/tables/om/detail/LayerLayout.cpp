@@ -219,14 +219,12 @@ bool OmDisplayLayerHeading::Layout::SwitchLayer(int n) {
         currentLayer = -1;
         return false;
     }
-    std::uint64_t number = 0;
     if (n < 0 || static_cast<std::uint64_t>(n) >= layerCount) {
         return false;
     }
     currentLayer = n;
-    if (CurrentLayer(number)) {
-        Apply(layerIndexer, number, currentCellIndex);
-    }
+    std::size_t const place = static_cast<std::size_t>(n);
+    Apply(layerIndexer, skipEmpty ? nonEmptyLayers[place] : place, currentCellIndex);
     return true;
 }
 
