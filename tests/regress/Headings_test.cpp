@@ -453,21 +453,24 @@ TEST(HeadingsOfOddAxes, TakeRepeatedAndMissingDimensionsAsTheyStand) {
 TEST(HeadingsWhoseFlagsChange, CutTheLabelsToTheirLines) {
     TableSketch sketch;
     OmDimension& dimension = sketch.Dimension("C", "G(-a)");
-    sketch.Dimension("R", "r");
+    sketch.Dimension("-R", "-r s");
     sketch.Columns({1, 0}).Rows({0});
     OmDisplayLayerHeading layers(sketch.table, false);
     OmDisplayColumnHeading columns(layers, false);
     OmDisplayRowHeading rows(layers, false, true);
-    ASSERT_EQ(Labels(columns.Column(0)), "C G R r");
+    ASSERT_EQ(Labels(columns.Column(0)), "C G .");
     TableSketch::At(dimension, {0, 0}).Value().Hide(false);
-    EXPECT_EQ(Labels(columns.Column(0)), "C G R r");
-    EXPECT_EQ(Labels(columns.Row(1)), "G");
-    EXPECT_EQ(Labels(columns.Row(2)), "R");
+    EXPECT_EQ(Labels(columns.Column(0)), "C G .");
+    EXPECT_EQ(Labels(columns.Column(1)), "C G s");
+    EXPECT_EQ(Labels(columns.Row(1)), "G G");
+    EXPECT_EQ(Labels(columns.Row(2)), ". s");
     EXPECT_EQ(Labels(rows.Row(0)), "G");
     TableSketch::At(dimension, {0}).Value().Hide(true);
-    EXPECT_EQ(Labels(columns.Column(0)), "C a R r");
+    EXPECT_EQ(Labels(columns.Column(0)), "C a .");
+    EXPECT_EQ(Labels(columns.Row(1)), "a a");
     TableSketch::At(dimension, {0, 0}).Value().Hide(true);
-    EXPECT_EQ(Labels(columns.Column(0)), "C . R r");
+    EXPECT_EQ(Labels(columns.Column(0)), "C . .");
+    EXPECT_EQ(Labels(columns.Row(1)), ". .");
 }
 
 TEST(HeadingsAskedWithOneVectorTwice, AppendToItInTurn) {
