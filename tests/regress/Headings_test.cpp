@@ -99,8 +99,33 @@ TEST(HeadingsOverAStaleLayerHeading, WalkTheCellsOfATableWithADimensionAddedLate
     EXPECT_FALSE(layers.NextLayer());
 }
 
-// --- a layer heading that is gone
-// -------------------------------------------------------------------------------------
+// Those built before go on with the dimensions that there were.
+TEST(HeadingsOverAStaleLayerHeading, StayAsTheyAreWhenADimensionIsAdded) {
+    TableSketch sketch;
+    sketch.Dimension("R", "r s");
+    sketch.Dimension("C", "a b");
+    sketch.Dimension("L", "d e");
+    sketch.Rows({0}).Columns({1}).Layers({2}).Put({1, 1, 1});
+    OmDisplayLayerHeading layers(sketch.table, false);
+    layers.NextLayer();
+    OmDisplayColumnHeading columns(layers, false);
+    OmDisplayRowHeading rows(layers, false, true);
+    sketch.Dimension("late", "k l m");
+    sketch.Columns({3, 1}).Layers({});
+    EXPECT_EQ(columns.NColumns() + rows.NRows(), 4);
+    EXPECT_EQ(Labels(columns.Column(1)) + Labels(rows.Row(1)), "C bs");
+    EXPECT_EQ(Labels(columns.Row(1)) + Labels(rows.Column(0)), "a br s");
+    ASSERT_TRUE(layers.NextLayer());
+    EXPECT_FALSE(layers.NextLayer());
+    EXPECT_EQ(Labels(layers.Nodes(0)), "L e");
+    Index index(4, 7);
+    layers.Fill(index);
+    columns.Fill(index, 1);
+    rows.Fill(index, 1);
+    EXPECT_EQ(index, (Index{1, 1, 1}));
+}
+
+// --- a layer heading that is gone -----------------------------------------------------------------------------------
 
 // The headings over it read the display records, which died with it.
 TEST(HeadingsOverADeadLayerHeading, ReportEachUseAndGiveNothing) {
@@ -217,6 +242,38 @@ TEST(HeadingsOfLongAxes, ListEveryPositionThatACellIsFoundFrom) {
     OmDisplayLayerHeading again(sketch.table, false);
     EXPECT_EQ(OmDisplayColumnHeading(again, true).getNonEmptyColumns(), (Numbers{4500, 4501, 4502}));
     EXPECT_EQ(OmDisplayRowHeading(again, true, false).NRows(), 3);
+}
+
+// A dimension that stands on an axis sixty-two times leaves the last time alone to decide.
+TEST(HeadingsOfLongAxes, RefuseMorePositionsThanAListCanHold) {
+    TableSketch sketch;
+    AddPairs(sketch, 1);
+    sketch.Dimension("none");
+    sketch.Put({1, 0});
+    sketch.Columns(std::vector<short>(10, 0));
+    OmDisplayLayerHeading layers(sketch.table, false);
+    EXPECT_EQ(OmDisplayColumnHeading(layers, true).NColumns(), 512);
+    for (std::size_t const entries : {62U, 63U, 64U, 65U, 200U}) {
+        sketch.Columns(std::vector<short>(entries, 0));
+        EXPECT_THROW(OmDisplayColumnHeading(layers, true), std::length_error) << entries;
+    }
+    sketch.Columns({}).Layers(std::vector<short>(62, 0));
+    EXPECT_THROW(OmDisplayLayerHeading(sketch.table, true), std::length_error);
+}
+
+// Numbers that do not fit into 64 bits wrap, as those of the walk over a sparse table do.
+TEST(HeadingsOfLongAxes, WrapBeyondSixtyFourBitsWhereAnotherDimensionHasNoCategories) {
+    TableSketch sketch;
+    AddPairs(sketch, 64);
+    sketch.Dimension("C", "a b=0 c=5");
+    sketch.Dimension("none");
+    Index cell(66, 1);
+    cell[64] = cell[65] = 0;
+    sketch.Put(cell).Columns(Axis(0, 65));
+    OmDisplayLayerHeading layers(sketch.table, false);
+    EXPECT_EQ(OmDisplayColumnHeading(layers, true).getNonEmptyColumns(), Numbers{~0ULL});
+    sketch.Columns(Axis(0, 64));
+    EXPECT_EQ(OmDisplayColumnHeading(layers, true).getNonEmptyColumns(), Numbers{~0ULL});
 }
 
 // Two leaves with one subscript are two positions, both of which find its cells.

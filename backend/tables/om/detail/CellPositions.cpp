@@ -80,6 +80,8 @@ CellPositions::Positions CellPositions::Take() {
         }
     }
     std::sort(positions.begin(), positions.end());
+    // Different ones may have become equal where 64 bits do not hold them.
+    positions.erase(std::unique(positions.begin(), positions.end()), positions.end());
     return positions;
 }
 
