@@ -44,7 +44,8 @@ public:
     /// columns, leaves of the axis) at worst. In a sparse one the cell store is walked down to the lowest dimension of
     /// the axis and of the layers: dimensions with higher numbers than the layers' are walked for all layers together.
     /// So it is O(cells of the layer) or less where the layers' dimensions were added last, and O(cells of the table)
-    /// where they were added first.
+    /// where they were added first. Throws std::length_error or std::bad_alloc when there are more columns with a cell
+    /// than a list can hold.
     OmDisplayColumnHeading(OmDisplayLayerHeading& layers, bool skipEmpty);
     ~OmDisplayColumnHeading();
 

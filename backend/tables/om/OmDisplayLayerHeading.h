@@ -76,7 +76,8 @@ public:
 
     /// Reads the table's dimensions; no layer is current afterwards. O(nodes of the category trees), with skipping also
     /// the entries of the cell store down to the lowest layer dimension or, in a dense table, one look-up for each
-    /// shown layer at best and O(cells of the table) at worst.
+    /// shown layer at best and O(cells of the table) at worst. Throws std::length_error or std::bad_alloc when there
+    /// are more layers with a cell than a list can hold.
     OmDisplayLayerHeading(OmPivotTable& table, bool skipEmpty);
     ~OmDisplayLayerHeading();
 
