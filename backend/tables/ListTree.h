@@ -5,6 +5,7 @@
 
 #include <algorithm>
 #include <functional>
+#include <limits>
 #include <list>
 #include <utility>
 
@@ -46,8 +47,13 @@ struct ListTreeData {
 /// the levels that `Move` compares read the cached one, `Flatten` and `Erase` the record's. A handle's position stays
 /// valid until its record is removed, whatever happens to other records.
 ///
-/// `Flatten` and `Erase` do nothing with a handle on the end. The other calls expect a live one, which is a hardened
-/// check ("node.position != end"); when its handler returns, they do nothing.
+/// Every call expects a handle of the same tree (hardened check "node._tree == this"). `Flatten` and `Erase` do nothing
+/// with one on the end; the others expect a live one ("node.position != end"). When such a check's handler returns, the
+/// call does nothing. A handle whose record is gone cannot be told from a live one.
+///
+/// Costs are steps from record to record. A subtree is found by walking over it, so a child appended below the root
+/// costs the whole tree, and a million of them a million times that; below a parent with few descendants it costs few
+/// steps, wherever the parent stands.
 template <typename T>
 class ListTree {
 public:
@@ -83,10 +89,13 @@ public:
     Records const& List() const { return _records; }
 
     /// Adds a node as parent's last child: at the end of the subtree that parent's cached level bounds, one level below
-    /// that level. O(records in that subtree). REQUIRES: a live handle; at the end nothing is added and the end given
-    /// back.
+    /// that level. O(records in that subtree). A pointer is stored as it is: one that stands in a record already stands
+    /// in two afterwards.
+    /// REQUIRES: a live handle, and a cached level that has one below it ("parent.Level() < max"); else nothing is
+    /// added and the handle given back.
     Node AppendChild(Node const& parent, T value) {
-        if (!IsLive(parent.Position(), __LINE__)) {
+        if (!IsLive(parent, __LINE__) || !OM_HARDENED(parent.Level() < std::numeric_limits<int>::max(),
+                                                      "parent.Level() < max", TreeSource, __LINE__)) {
             return parent;
         }
         auto const place = SearchForward(parent.Position(), parent.Level());
@@ -94,20 +103,20 @@ public:
     }
 
     /// Whether the record behind the node is the end or not deeper than the handle's cached level. O(1).
-    /// REQUIRES: a live handle; the end counts as a leaf.
+    /// REQUIRES: a live handle; any other counts as a leaf.
     bool IsLeaf(ConstNode const& node) const {
-        auto next = node.Position();
-        if (!IsLive(next, __LINE__)) {
+        if (!IsLive(node, __LINE__)) {
             return true;
         }
+        auto next = node.Position();
         ++next;
         return next == _records.end() || next->level <= node.Level();
     }
 
     /// Removes the node and the descendants that its cached level bounds. O(records removed).
-    /// REQUIRES: a live handle; at the end nothing is removed.
+    /// REQUIRES: a live handle; else nothing is removed.
     void Prune(Node const& node) {
-        if (IsLive(node.Position(), __LINE__)) {
+        if (IsLive(node, __LINE__)) {
             _records.erase(node.Position(), SearchForward(node.Position(), node.Level()));
         }
     }
@@ -115,8 +124,8 @@ public:
     /// Removes the node alone; its descendants move up one level into its place. The handle is invalid afterwards. Does
     /// nothing at the end. O(descendants).
     void Erase(Node& node) {
-        Flatten(node);
-        if (node.Position() != _records.end()) {
+        if (IsOwn(node, __LINE__) && node.Position() != _records.end()) {
+            LiftDescendants(node.Position());
             _records.erase(node.Position());
         }
     }
@@ -124,13 +133,8 @@ public:
     /// Moves the node's descendants (by the level in its record) up one level, so that its children become the siblings
     /// behind it. The node keeps its level. Does nothing at the end. O(descendants).
     void Flatten(Node& node) {
-        if (node.Position() == _records.end()) {
-            return;
-        }
-        int const level = node.Position()->level;
-        auto next = node.Position();
-        for (++next; next != _records.end() && next->level > level; ++next) {
-            --next->level;
+        if (IsOwn(node, __LINE__) && node.Position() != _records.end()) {
+            LiftDescendants(node.Position());
         }
     }
 
@@ -144,12 +148,16 @@ public:
     ///
     /// With a handler that returns, the call carries on: the records go before `target` in whichever tree that stands.
     /// Only a run that ends in another tree than it begins in (504) has no end to go to, and stays where it is.
+    ///
+    /// REQUIRES: `begin` is not behind `end`. Handles of no tree move nothing (hardened check "begin._tree != 0"; a
+    /// target of none is reported as 503).
     void Move(Node const& target, Node const& begin, Node const& end) {
         OM_ASSERT(target._tree == this, "target._tree == this", TreeSource, 503);
         bool const endsThere = OM_ASSERT(begin._tree == end._tree, "begin._tree == end._tree", TreeSource, 504);
         OM_ASSERT(target._tree != begin._tree, "target._tree != begin._tree", TreeSource, 505);
         OM_ASSERT(begin.Level() == target.Level(), "begin.Level() == target.Level()", TreeSource, 506);
-        if (!endsThere) {
+        bool const isRun = OM_HARDENED(begin._tree != nullptr, "begin._tree != 0", TreeSource, __LINE__);
+        if (!endsThere || !isRun || target._tree == nullptr) {
             return;
         }
         target._tree->_records.insert(target.Position(), begin.Position(), end.Position());
@@ -182,8 +190,20 @@ protected:
 private:
     static constexpr char TreeSource[] = "backend/tables/ListTree";
 
-    bool IsLive([[maybe_unused]] ConstPosition position, [[maybe_unused]] int line) const {
-        return OM_HARDENED(position != _records.end(), "node.position != end", TreeSource, line);
+    bool IsOwn([[maybe_unused]] ConstNode const& node, [[maybe_unused]] int line) const {
+        return OM_HARDENED(node.Tree() == this, "node._tree == this", TreeSource, line);
+    }
+
+    bool IsLive(ConstNode const& node, int line) const {
+        return IsOwn(node, line) &&
+               OM_HARDENED(node.Position() != _records.end(), "node.position != end", TreeSource, line);
+    }
+
+    void LiftDescendants(Position position) {
+        int const level = position->level;
+        for (++position; position != _records.end() && position->level > level; ++position) {
+            --position->level;
+        }
     }
 
     template <typename Iterator>
