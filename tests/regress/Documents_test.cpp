@@ -1,22 +1,128 @@
 // Documents and their parts: defects that were found, each by a test named for it.
 
-#include "backend/tables/ListTree.h"
+#include "backend/tables/om/OmAnswerTree.h"
+#include "backend/tables/om/OmChart.h"
+#include "backend/tables/om/OmInteractive.h"
+#include "backend/tables/om/OmModel.h"
+#include "backend/tables/om/OmOutputTree.h"
+#include "backend/tables/om/OmProcedure.h"
+#include "backend/tables/om/OmTextBlock.h"
+#include "backend/tables/om/OmUtility.h"
+#include "omcell/OmComposite.h"
+#include "omcell/OmMemoryRegion.h"
+#include "omcell/OmNumber.h"
+#include "omcell/OmStringCell.h"
+#include "platform/CodePageConverter.h"
 #include "tests/support/AssertionCatcher.h"
+#include "tests/support/FailingHeap.h"
+#include "tests/support/ForeignText.h"
 #include "tests/support/ListTreeText.h"
+#include "tests/support/SeededScripts.h"
 
 #include <gtest/gtest.h>
+#include <sys/mman.h>
+#include <unistd.h>
 
+#include <algorithm>
+#include <cctype>
 #include <climits>
+#include <cstdint>
+#include <cstring>
+#include <functional>
 #include <iterator>
+#include <memory>
+#include <set>
 #include <string>
+#include <utility>
 #include <vector>
 
 namespace {
 
 using omtest::AfterReport;
 using omtest::AssertionCatcher;
+using omtest::Dice;
+using omtest::ForeignLog;
+using omtest::ForeignText;
 
+using Generic = ListTree<OmOutputPart*>;
+using Node = OmOutputTree::Node;
 using Calls = std::vector<std::string>;
+
+// --- documents whose parts act when they go --------------------------------------------------------------------------
+
+/// A part with a letter; its destructor notes the letter and then does what the test says.
+class ActingPart : public OmOutputPart {
+public:
+    ActingPart(std::string& destroyed, char letter)
+        : OmOutputPart(OmStringCell(std::string(1, letter))), name(letter), _destroyed(destroyed) {}
+    ~ActingPart() override {
+        _destroyed += name;
+        if (act) {
+            act();
+        }
+    }
+    ActingPart(ActingPart const&) = delete;
+    ActingPart& operator=(ActingPart const&) = delete;
+    void Accept(Visitor&) override {}
+
+    char name;
+    std::function<void()> act{};
+
+private:
+    std::string& _destroyed;
+};
+
+/// "a0 b1 -2": each record's letter and level; "-" for null, "+" for a text block.
+std::string RecordsOf(Generic const& tree) {
+    std::string text;
+    for (Generic::Record const& record : tree.List()) {
+        text += text.empty() ? "" : " ";
+        auto const* const part = dynamic_cast<ActingPart const*>(record.value);
+        text += part != nullptr ? part->name : record.value != nullptr ? '+' : '-';
+        text += std::to_string(record.level);
+    }
+    return text;
+}
+
+/// A document grown from such a text, with a tree that may be destroyed before its time.
+class Document {
+public:
+    explicit Document(std::string const& text) {
+        Node root = tree->Root();
+        tree->Prune(root);
+        for (std::size_t at = 0; at < text.size(); at = std::min(text.find(' ', at), text.size() - 1) + 1) {
+            tree->List().push_back({new ActingPart(destroyed, text[at]), std::stoi(text.substr(at + 1))});
+        }
+    }
+
+    Generic::Records::iterator Place(char letter) {
+        return std::find_if(tree->List().begin(), tree->List().end(), [letter](Generic::Record const& record) {
+            auto const* const part = dynamic_cast<ActingPart const*>(record.value);
+            return part != nullptr && part->name == letter;
+        });
+    }
+    Node At(char letter) { return {*tree, Place(letter)}; }
+    ActingPart& Part(char letter) { return *static_cast<ActingPart*>(Place(letter)->value); }
+
+    void Prune(char letter) {
+        Node node = At(letter);
+        tree->Prune(node);
+    }
+    void Erase(char letter) {
+        Node node = At(letter);
+        tree->Erase(node);
+    }
+    /// A new part below the one with that letter.
+    void Append(char parent, char letter) { tree->AppendChild(At(parent), new ActingPart(destroyed, letter)); }
+
+    /// The letter's part does this when it goes.
+    void When(char letter, std::function<void()> act) { Part(letter).act = std::move(act); }
+
+    std::string Records() const { return RecordsOf(*tree); }
+
+    std::string destroyed; ///< letters, in the order of destruction
+    std::unique_ptr<OmOutputTree> tree = std::make_unique<OmOutputTree>();
+};
 
 } // namespace
 
@@ -60,6 +166,26 @@ TEST(HandleOfAnotherTree, IsReportedByEveryCallOfAListTree) {
     EXPECT_EQ(there.Size(), 3);
 }
 
+TEST(HandleOfAnotherTree, IsReportedByADocument) {
+    Document here("a0 b1 c2");
+    Document there("x0 y1 z2");
+    AssertionCatcher const caught(AfterReport::Return);
+    Node foreign = there.At('y');
+    here.tree->Prune(foreign);
+    here.tree->Erase(foreign);
+    Node nowhere;
+    here.tree->Prune(nowhere);
+    here.tree->Erase(nowhere);
+    EXPECT_EQ(Amputate(nowhere, nullptr, "1252"), nowhere);
+    ASSERT_EQ(caught.Failures().size(), 5U);
+    for (std::size_t k = 0; k < 4; ++k) {
+        EXPECT_EQ(caught.Failures()[k].condition, "node._tree == this");
+    }
+    EXPECT_EQ(caught.Failures()[4].condition, "node._tree != 0");
+    EXPECT_EQ(here.Records(), "a0 b1 c2");
+    EXPECT_EQ(there.Records(), "x0 y1 z2");
+}
+
 TEST(HandleOfNoTree, MovesNothing) {
     Letters here = omtest::ListTreeOf("a0 b1");
     AssertionCatcher const caught(AfterReport::Return);
@@ -76,11 +202,17 @@ TEST(HandleOfNoTree, MovesNothing) {
 TEST(LargestLevel, HasNoneBelowIt) {
     Letters here = omtest::ListTreeOf("a0 b1");
     Letters::Node const deepest(here, here.List().begin(), INT_MAX);
+    Document document("a0 b1 c2");
     AssertionCatcher const caught(AfterReport::Return);
     EXPECT_EQ(here.AppendChild(deepest, 'n'), deepest);
     EXPECT_EQ(omtest::RecordsOf(here), "a0 b1");
-    ASSERT_EQ(caught.Failures().size(), 1U);
+    OmStringCell const text("t");
+    Node const node(*document.tree, document.Place('c'), INT_MAX);
+    EXPECT_EQ(Amputate(node, &text, ""), node);
+    EXPECT_EQ(document.Records(), "a0 b1 c2");
+    ASSERT_EQ(caught.Failures().size(), 2U);
     EXPECT_EQ(caught.Failures()[0].condition, "parent.Level() < max");
+    EXPECT_EQ(caught.Failures()[1].condition, "node.Level() < max");
 }
 #endif
 
@@ -89,4 +221,486 @@ TEST(LargestLevel, IsOneThatARecordMayHave) {
     ListTree<char>::Node const parent(here, here.List().begin(), INT_MAX - 1);
     EXPECT_EQ(here.AppendChild(parent, 'n').Level(), INT_MAX);
     EXPECT_TRUE(here.IsLeaf(ListTree<char>::Node(here, std::next(here.List().begin()), INT_MAX)));
+}
+
+// --- parts whose destructors change the document ---------------------------------------------------------------------
+
+// A prune that remembers records in front of itself remembers one that is gone; the size says nothing, because another
+// one came.
+TEST(PartThatChangesAPrunedBranch, MayRemoveALaterSiblingAndAddAnother) {
+    for (char taken = 'd'; taken <= 'z'; ++taken) {
+        SCOPED_TRACE(taken);
+        Document document("a0 b1");
+        for (char letter = 'c'; letter <= 'z'; ++letter) {
+            document.Append('b', letter);
+        }
+        document.When('c', [&] {
+            document.Prune(taken);
+            document.Append('b', 'N');
+        });
+        document.Prune('b');
+        EXPECT_EQ(document.Records(), "a0");
+        std::string expected = std::string("c") + taken;
+        for (char letter = 'd'; letter <= 'z'; ++letter) {
+            expected += letter != taken ? std::string(1, letter) : "";
+        }
+        EXPECT_EQ(document.destroyed, expected + "Nb");
+    }
+}
+
+TEST(PartThatChangesAPrunedBranch, TakesWhatItAddsBelowThePrunedNodeAlong) {
+    Document document("a0 b1 c2 d1");
+    document.When('b', [&] { document.Append('b', 'N'); });
+    document.Prune('b');
+    EXPECT_EQ(document.Records(), "a0 d1");
+    EXPECT_EQ(document.destroyed, "cbN");
+}
+
+TEST(PartThatChangesAPrunedBranch, TakesWhatItAddsBelowItselfAndItsParentAlong) {
+    Document document("a0 b1 c2 d2 e1");
+    document.When('c', [&] {
+        document.Append('c', 'N');
+        document.Append('N', 'M');
+        document.Append('b', 'O');
+        document.Append('e', 'P');
+    });
+    document.Prune('b');
+    EXPECT_EQ(document.Records(), "a0 e1 P2");
+    EXPECT_EQ(document.destroyed, "cMNdOb");
+}
+
+TEST(PartThatChangesAPrunedBranch, MayPruneThePrunedNode) {
+    Document document("a0 b1 c2 d3 e2 f1");
+    document.When('d', [&] { document.Prune('b'); });
+    document.Prune('b');
+    EXPECT_EQ(document.Records(), "a0 f1");
+    EXPECT_EQ(document.destroyed, "dceb");
+}
+
+TEST(PartThatChangesAPrunedBranch, MayPruneItsParent) {
+    Document document("a0 b1 c2 d3 e3 f2 g1");
+    document.When('d', [&] { document.Prune('c'); });
+    document.Prune('b');
+    EXPECT_EQ(document.Records(), "a0 g1");
+    EXPECT_EQ(document.destroyed, "decfb");
+}
+
+TEST(PartThatChangesAPrunedBranch, MayPruneWhatThePrunedNodeStandsBelow) {
+    Document document("a0 b1 c2 d3 e2 f1");
+    document.When('d', [&] { document.Prune('b'); });
+    document.Prune('c');
+    EXPECT_EQ(document.Records(), "a0 f1");
+    EXPECT_EQ(document.destroyed, "dceb");
+}
+
+TEST(PartThatChangesAPrunedBranch, MayEraseOrPruneItsOwnRecord) {
+    for (bool const prunes : {false, true}) {
+        Document document("a0 b1 c2 d3 e2 f1");
+        document.When('c', [&] { prunes ? document.Prune('c') : document.Erase('c'); });
+        document.Prune('b');
+        EXPECT_EQ(document.Records(), "a0 f1");
+        EXPECT_EQ(document.destroyed, "dceb");
+    }
+}
+
+// What stood below the parent is below the pruned node then, and goes with it.
+TEST(PartThatChangesAPrunedBranch, MayEraseItsParent) {
+    Document document("a0 b1 c2 d3 g4 h4 e3 f2 i1");
+    document.When('g', [&] { document.Erase('d'); });
+    document.Prune('b');
+    EXPECT_EQ(document.Records(), "a0 i1");
+    EXPECT_EQ(document.destroyed, "gdhecfb");
+}
+
+// The children were lifted into the node's place, where they stay; there is no node left to prune.
+TEST(PartThatChangesAPrunedBranch, EndsThePruneByErasingThePrunedNode) {
+    Document document("a0 b1 c2 d3 e3 f2 g1");
+    document.When('d', [&] { document.Erase('b'); });
+    document.Prune('b');
+    EXPECT_EQ(document.Records(), "a0 c1 e2 f1 g1");
+    EXPECT_EQ(document.destroyed, "db");
+}
+
+TEST(PartThatChangesAPrunedBranch, MayFlattenItsParentUnseen) {
+    Document document("a0 b1 c2 d3 g4 h4 e3 f2 i1");
+    document.When('g', [&] {
+        Node node = document.At('d');
+        document.tree->Flatten(node);
+    });
+    document.Prune('b');
+    EXPECT_EQ(document.Records(), "a0 i1");
+    EXPECT_EQ(document.destroyed, "gdhecfb");
+}
+
+// The pruned node is lifted with what is below it, and still bounds as much.
+TEST(PartThatChangesAPrunedBranch, MayFlattenWhatThePrunedNodeStandsBelow) {
+    for (bool const isStale : {false, true}) {
+        Document document("a0 b1 c2 d3 e3 f2 g1");
+        document.When('d', [&] {
+            Node node = document.At('b');
+            document.tree->Flatten(node);
+        });
+        Node node(*document.tree, document.Place('c'), isStale ? 1 : 2);
+        document.tree->Prune(node);
+        EXPECT_EQ(document.Records(), "a0 b1 f1 g1");
+    }
+}
+
+TEST(PartThatChangesAPrunedBranch, MayAmputateThePrunedNodeAndItself) {
+    OmStringCell const text("t");
+    for (char const letter : {'b', 'd'}) {
+        Document document("a0 b1 c2 d3 e3 f2 g1");
+        document.When('d', [&] { Amputate(document.At(letter), &text, "1252"); });
+        document.Prune('b');
+        EXPECT_EQ(document.Records(), "a0 g1");
+        EXPECT_EQ(std::multiset<char>(document.destroyed.begin(), document.destroyed.end()),
+                  (std::multiset<char>{'b', 'c', 'd', 'e', 'f'}));
+    }
+}
+
+TEST(PartThatChangesAPrunedBranch, MayPutAnotherPartIntoItsRecord) {
+    Document document("a0 b1 c2");
+    document.When('c', [&] { document.At('c').Value() = new ActingPart(document.destroyed, 'N'); });
+    document.Prune('b');
+    EXPECT_EQ(document.Records(), "a0");
+    EXPECT_EQ(document.destroyed, "cNb");
+}
+
+TEST(PartThatEndsTheDocument, EndsThePruneTheEraseAndTheAmputation) {
+    OmStringCell const text("t");
+    std::vector<std::function<void(Document&)>> const calls{
+        [](Document& document) { document.Prune('b'); },
+        [](Document& document) { document.Erase('c'); },
+        [&](Document& document) { EXPECT_EQ(Amputate(document.At('c'), &text, "").Tree(), nullptr); },
+        [&](Document& document) { EXPECT_EQ(Amputate(document.At('b'), &text, "").Tree(), nullptr); },
+    };
+    for (auto const& call : calls) {
+        Document document("a0 b1 c2 d2");
+        document.When('c', [&] { document.tree.reset(); });
+        call(document);
+        EXPECT_EQ(document.tree, nullptr);
+        EXPECT_EQ(document.destroyed, "cabd");
+    }
+}
+
+TEST(PartThatEmptiesTheDocument, EndsThePruneByAssigningAnother) {
+    Document other("x0 y1");
+    Document document("a0 b1 c2 d2");
+    OmOutputTree dropped(*document.tree);
+    document.When('c', [&] { *document.tree = *other.tree; });
+    document.Prune('b');
+    EXPECT_EQ(document.Records(), "x0 y1");
+    EXPECT_EQ(document.destroyed, "c");
+    document.tree->List().clear();                              // of the two, the other one destroys
+    dropped.List().erase(std::next(dropped.List().begin(), 2)); // c is gone
+}
+
+TEST(PartThatIsErased, MayPruneItselfItsParentAndAddBelowItself) {
+    Document document("a0 b1 c2 d3 e1");
+    document.When('c', [&] { document.Prune('c'); });
+    document.Erase('c');
+    EXPECT_EQ(document.Records(), "a0 b1 e1");
+    EXPECT_EQ(document.destroyed, "cd");
+
+    Document second("a0 b1 c2 d3 e1");
+    second.When('c', [&] { second.Prune('b'); });
+    second.Erase('c');
+    EXPECT_EQ(second.Records(), "a0 e1");
+    EXPECT_EQ(second.destroyed, "cdb");
+
+    Document third("a0 b1 c2 d3 e1");
+    third.When('c', [&] { third.Append('c', 'N'); });
+    third.Erase('c');
+    EXPECT_EQ(third.Records(), "a0 b1 d2 N2 e1");
+}
+
+namespace {
+
+/// A part that keeps a handle on its own record.
+class PartWithHandle : public ActingPart {
+public:
+    using ActingPart::ActingPart;
+    Node self{};
+};
+
+} // namespace
+
+// The handle goes with the part; what is read of it afterwards is gone.
+TEST(HandleInThePartThatGoes, IsReadBeforeThePartIsDestroyed) {
+    Document document("a0 b1 c2");
+    auto* const erased = new PartWithHandle(document.destroyed, 'E');
+    erased->self = document.tree->AppendChild(document.At('b'), erased);
+    document.Append('E', 'M');
+    auto* const pruned = new PartWithHandle(document.destroyed, 'P');
+    pruned->self = document.tree->AppendChild(document.At('b'), pruned);
+    document.Append('P', 'N');
+    document.tree->Erase(erased->self);
+    EXPECT_EQ(document.Records(), "a0 b1 c2 M2 P2 N3");
+    document.tree->Prune(pruned->self);
+    EXPECT_EQ(document.Records(), "a0 b1 c2 M2");
+    EXPECT_EQ(document.destroyed, "ENP");
+}
+
+// --- and while the document is destroyed
+
+TEST(PartThatChangesADyingDocument, MayRemoveAnyRecord) {
+    for (char const letter : {'a', 'b', 'c', 'd', 'e', 'f'}) {
+        SCOPED_TRACE(letter);
+        for (int way = 0; way < 2; ++way) {
+            Document document("a0 b1 c2 d3 e2 f1");
+            document.When('c', [&] {
+                if (document.Place(letter) != document.tree->List().end()) {
+                    way == 0 ? document.Prune(letter) : document.Erase(letter);
+                }
+            });
+            OmOutputTree* const tree = document.tree.get();
+            tree->~OmOutputTree(); // the pointer to it stays for the destructors
+            std::string destroyed = document.destroyed;
+            std::sort(destroyed.begin(), destroyed.end());
+            EXPECT_EQ(destroyed, "abcdef");
+            new (tree) OmOutputTree();
+        }
+    }
+}
+
+TEST(PartThatChangesADyingDocument, FindsNullWhereAPartIsGone) {
+    Document document("a0 b1 c2");
+    std::string seen;
+    document.When('c', [&] { seen = document.Records(); });
+    OmOutputTree* const tree = document.tree.get();
+    tree->~OmOutputTree();
+    new (tree) OmOutputTree();
+    EXPECT_EQ(seen, "-0 -1 c2");
+}
+
+TEST(PartThatChangesADyingDocument, TakesWhatItAddsAlongWhereverItIs) {
+    Document document("a0 b1 c2 d1");
+    Node const passed = document.At('b');
+    document.When('d', [&] {
+        document.tree->AppendChild(passed, new ActingPart(document.destroyed, 'N'));
+        document.Append('d', 'M');
+    });
+    OmOutputTree* const tree = document.tree.get();
+    tree->~OmOutputTree();
+    new (tree) OmOutputTree();
+    EXPECT_EQ(document.destroyed, "abcdMN");
+}
+
+// --- anything at all
+
+namespace {
+
+/// Parts that do something at random to their document when they go, until there was enough of it.
+class Wild {
+public:
+    explicit Wild(Dice& dice) : _dice(dice) { Grow(); }
+    ~Wild() { _isOver = true; }
+    Wild(Wild const&) = delete;
+    Wild& operator=(Wild const&) = delete;
+
+    void Run() {
+        for (int step = 0; step < 12; ++step) {
+            _budget = 6;
+            Act();
+            ASSERT_NO_FATAL_FAILURE(Check());
+            if (_tree->Size() < 2) {
+                Grow();
+            }
+        }
+        _budget = 6;
+        _tree->~OmOutputTree();
+        ASSERT_TRUE(_alive.empty());
+        new (_tree.get()) OmOutputTree();
+    }
+
+private:
+    class WildPart : public OmOutputPart {
+    public:
+        explicit WildPart(Wild& owner) : OmOutputPart(OmStringCell("wild")), _owner(owner) {
+            _owner._alive.insert(this);
+        }
+        ~WildPart() override {
+            EXPECT_EQ(_owner._alive.erase(this), 1U);
+            if (!_owner._isOver && _owner._budget > 0 && _owner._dice.Percent(40)) {
+                --_owner._budget;
+                _owner.Act();
+            }
+        }
+        WildPart(WildPart const&) = delete;
+        WildPart& operator=(WildPart const&) = delete;
+        void Accept(Visitor&) override {}
+
+    private:
+        Wild& _owner;
+    };
+
+    void Grow() {
+        if (_tree->Size() == 0) {
+            _tree->List().push_back({new WildPart(*this), 0});
+        }
+        int level = 0;
+        for (int records = _dice.Int(3, 24); records > 0; --records) {
+            level = _dice.Int(1, level + 1);
+            _tree->List().push_back({_dice.Percent(90) ? new WildPart(*this) : nullptr, level});
+        }
+    }
+
+    Node Any() {
+        int const place = _dice.Int(0, _tree->Size() - 1);
+        return {*_tree, std::next(_tree->List().begin(), place)};
+    }
+
+    void Act() {
+        if (_tree->Size() == 0) {
+            return;
+        }
+        Node node = Any();
+        switch (_dice.Int(0, 4)) {
+        case 0:
+            _tree->Prune(node);
+            break;
+        case 1:
+            if (node.Position() != _tree->List().begin()) { // the root's children would be roots
+                _tree->Erase(node);
+            }
+            break;
+        case 2:
+            _tree->AppendChild(node, new WildPart(*this));
+            break;
+        case 3:
+            if (node.Value() != nullptr) {
+                Amputate(node, &_text, "1252");
+            }
+            break;
+        default:
+            if (node.Position() != _tree->List().begin()) {
+                _tree->Flatten(node);
+            }
+        }
+    }
+
+    void Check() {
+        std::size_t parts = 0;
+        int before = -1;
+        for (Generic::Record const& record : _tree->List()) {
+            ASSERT_LE(record.level, before + 1);
+            before = record.level;
+            auto* const part = dynamic_cast<WildPart*>(record.value);
+            parts += part != nullptr ? 1U : 0U;
+            ASSERT_TRUE(part == nullptr || _alive.count(part) == 1);
+        }
+        ASSERT_EQ(parts, _alive.size());
+    }
+
+    Dice& _dice;
+    std::set<OmOutputPart const*> _alive;
+    OmStringCell _text{"t"};
+    int _budget = 0;
+    bool _isOver = false;
+    std::unique_ptr<OmOutputTree> _tree = [this] {
+        auto tree = std::make_unique<OmOutputTree>();
+        Node root = tree->Root();
+        tree->Prune(root);
+        return tree;
+    }();
+};
+
+} // namespace
+
+TEST(PartsThatDoAnythingWhenTheyGo, AreDestroyedOnceEachAndLeaveATree) {
+    omtest::RunScripts(4000, [](Dice& dice) { Wild(dice).Run(); });
+}
+
+// --- order of steps, seen from a part that goes ----------------------------------------------------------------------
+
+TEST(StepsSeenByAPartThatGoes, PruneRemovesARecordAfterItsPartAndBeforeTheNext) {
+    Document document("a0 b1 c2 d3 e2 f1");
+    std::string seen;
+    for (char const letter : {'b', 'c', 'd', 'e'}) {
+        document.When(letter, [&] { seen += document.Records() + "; "; });
+    }
+    document.Prune('b');
+    EXPECT_EQ(seen, "a0 b1 c2 d3 e2 f1; a0 b1 c2 e2 f1; a0 b1 e2 f1; a0 b1 f1; ");
+}
+
+TEST(StepsSeenByAPartThatGoes, EraseLiftsAfterThePartIsDestroyed) {
+    Document document("a0 b1 c2 d1");
+    std::string seen;
+    document.When('b', [&] { seen = document.Records(); });
+    document.Erase('b');
+    EXPECT_EQ(seen, "a0 b1 c2 d1");
+}
+
+TEST(StepsSeenByAPartThatGoes, AmputateAppendsTheBlockAndLiftsAfterThePartIsDestroyed) {
+    Document document("a0 b1 c2 d3 e1");
+    std::string seen;
+    document.When('c', [&] { seen = document.Records(); });
+    Amputate(document.At('c'), nullptr, "");
+    EXPECT_EQ(seen, "a0 b1 c2 d3 e1");
+    EXPECT_EQ(document.Records(), "a0 b1 d2 +2 e1");
+}
+
+// Between the destruction and the append: where that finds no memory, the record must not point at what is gone.
+TEST(StepsSeenWithoutMemory, AmputateLeavesNullInThePlaceOfThePart) {
+    int nulls = 0;
+    for (long allowed = 0;; ++allowed) {
+        Document document("a0 b1 c2 d3 e1");
+        Node const node = document.At('c');
+        omtest::Heap().untilFailure = allowed;
+        bool thrown = false;
+        try {
+            Amputate(node, nullptr, "");
+        } catch (std::bad_alloc const&) {
+            thrown = true;
+        }
+        omtest::Heap().untilFailure = -1;
+        if (!thrown) {
+            break;
+        }
+        bool const isNull = node.Value() == nullptr;
+        EXPECT_EQ(document.Records(), isNull ? "a0 b1 -2 d3 e1" : "a0 b1 c2 d3 e1");
+        EXPECT_EQ(document.destroyed, isNull ? "c" : "");
+        nulls += isNull ? 1 : 0;
+    }
+    EXPECT_EQ(nulls, 1);
+}
+
+// --- requests for memory ---------------------------------------------------------------------------------------------
+
+namespace {
+
+template <typename Action>
+long RequestsOf(Action&& action) {
+    constexpr long Plenty = 1000000000;
+    omtest::Heap().untilFailure = Plenty;
+    action();
+    return Plenty - std::exchange(omtest::Heap().untilFailure, -1);
+}
+
+} // namespace
+
+TEST(MillionRecords, ArePrunedErasedAndAmputatedWithFewRequestsForMemory) {
+    constexpr int Million = 1000000;
+    std::string destroyed;
+    OmStringCell const text("t");
+    for (bool const isDeep : {false, true}) {
+        auto const fill = [&](OmOutputTree& tree) {
+            Node const heading = tree.AppendChild(tree.Root(), nullptr);
+            for (int k = 0; k < Million; ++k) {
+                tree.List().push_back({nullptr, isDeep ? k + 2 : 2});
+            }
+            return heading;
+        };
+        OmOutputTree tree;
+        Node heading = fill(tree);
+        // A number for each level of a vector that doubles.
+        EXPECT_LE(RequestsOf([&] { tree.Prune(heading); }), isDeep ? 22 : 2);
+        EXPECT_EQ(tree.Size(), 1);
+        heading = fill(tree);
+        EXPECT_EQ(RequestsOf([&] { tree.Erase(heading); }), 0);
+        EXPECT_EQ(tree.Size(), Million + 1);
+        Node const root = tree.Root();
+        EXPECT_LE(RequestsOf([&] { Amputate(root, &text, ""); }), isDeep ? 40 : Million + 20);
+        EXPECT_EQ(tree.Size(), 2);
+    }
 }
