@@ -611,6 +611,127 @@ TEST(PartsThatDoAnythingWhenTheyGo, AreDestroyedOnceEachAndLeaveATree) {
     omtest::RunScripts(4000, [](Dice& dice) { Wild(dice).Run(); });
 }
 
+// --- what an amputation is given -------------------------------------------------------------------------------------
+
+namespace {
+
+constexpr char LongPage[] = "a name of a code page that no string keeps inside itself";
+
+} // namespace
+
+TEST(AmputationGivenTheCodePageOfAPartThatGoes, ReadsItBefore) {
+    OmOutputTree tree;
+    OmStringCell const text("t");
+    auto* const procedure = new OmProcedure(OmStringCell("p"), "en", LongPage, "en_US");
+    tree.AppendChild(tree.Root(), procedure);
+    Node const node = Amputate(tree.Root(), &text, procedure->LocaleCodePage());
+    auto const* const block = dynamic_cast<OmTextBlock const*>(node.Value());
+    ASSERT_NE(block, nullptr);
+    EXPECT_EQ(block->LocaleCodePage(), LongPage);
+    EXPECT_EQ(tree.Size(), 2);
+}
+
+TEST(AmputationGivenTheCodePageOfItsOwnPart, ReadsItBefore) {
+    OmOutputTree tree;
+    Node const heading = tree.AppendChild(tree.Root(), nullptr);
+    auto* const procedure = new OmProcedure(OmStringCell("p"), "en", LongPage, "en_US");
+    Node const node = tree.AppendChild(heading, procedure);
+    Node const back = Amputate(node, nullptr, procedure->LocaleCodePage());
+    EXPECT_EQ(static_cast<OmTextBlock const*>(back.Value())->LocaleCodePage(), LongPage);
+}
+
+TEST(AmputationGivenATitleThatGoes, TakesItBefore) {
+    OmOutputTree tree;
+    OmComposite whole;
+    whole.Append(OmStringCell("a part of a title, longer than a string keeps inside itself"));
+    auto* const first = new OmTextBlock(OmStringCell("a title, longer than a string keeps inside itself"), "");
+    Node const heading = tree.AppendChild(tree.Root(), nullptr);
+    tree.AppendChild(heading, first);
+    Node const node = Amputate(heading, first->Title(), "");
+    EXPECT_EQ(node.Value()->Title()->AsString(), "a title, longer than a string keeps inside itself");
+
+    Node const second = tree.AppendChild(tree.Root(), new OmTextBlock(whole, ""));
+    auto const& components = static_cast<OmComposite const*>(second.Value()->Title())->Components();
+    Node const last = Amputate(tree.Root(), components.Root().Child(0).Value(), "");
+    EXPECT_EQ(last.Value()->Title()->AsString(), "a part of a title, longer than a string keeps inside itself");
+    EXPECT_EQ(tree.Size(), 2);
+}
+
+#if OMTREE_HARDENED
+// Another program's text can see when it is cloned, so it is cloned where it always was, after the pruning.
+TEST(AmputationGivenAForeignTitleThatGoes, IsReportedAndChangesNothing) {
+    ForeignLog log;
+    OmOutputTree tree;
+    Node const heading = tree.AppendChild(tree.Root(), nullptr);
+    tree.AppendChild(heading, new OmTextBlock(ForeignText(log, "t"), ""));
+    OmComposite whole;
+    whole.Append(ForeignText(log, "u"));
+    tree.AppendChild(heading, new OmTextBlock(whole, ""));
+    OmCellText const* const title = std::next(heading.Position())->value->Title();
+    OmCellText const* const holder = std::next(heading.Position(), 2)->value->Title();
+    OmCellText const* const piece = static_cast<OmComposite const*>(holder)->Components().Root().Child(0).Value();
+    log.Take();
+    AssertionCatcher const caught(AfterReport::Return);
+    for (OmCellText const* const text : {title, piece, holder}) {
+        EXPECT_EQ(Amputate(heading, text, ""), heading);
+    }
+    ASSERT_EQ(caught.Failures().size(), 3U);
+    EXPECT_EQ(caught.Failures()[0].condition, "text != held");
+    EXPECT_EQ(tree.Size(), 4);
+    EXPECT_TRUE(log.Take().empty());
+}
+#endif
+
+TEST(AmputationGivenAForeignText, ClonesItAfterThePruning) {
+    ForeignLog log;
+    Document document("a0 b1 c2");
+    document.When('c', [&] { log.Add("c", "destroy"); });
+    OmComposite whole;
+    whole.Append(ForeignText(log, "u"));
+    log.Take();
+    Amputate(document.At('b'), &whole, "");
+    EXPECT_EQ(log.Take({"Clone", "destroy"}).at(0), "c: destroy");
+}
+
+TEST(AmputationWhoseNodeGoes, GivesTheEndAndNoBlock) {
+    OmStringCell const text("t");
+    ForeignLog log;
+    ForeignText const foreign(log, "f");
+    for (OmCellText const* const title :
+         {static_cast<OmCellText const*>(&text), static_cast<OmCellText const*>(&foreign)}) {
+        Document document("a0 b1 c2 d2 e1");
+        document.When('c', [&] { document.Prune('b'); });
+        Node const node = Amputate(document.At('b'), title, "");
+        EXPECT_EQ(node.Tree(), document.tree.get());
+        EXPECT_EQ(node.Position(), document.tree->List().end());
+        EXPECT_EQ(document.Records(), "a0 e1");
+        EXPECT_EQ(document.destroyed, "cdb");
+    }
+    Document document("a0 b1 c2 d3 e1");
+    document.When('c', [&] { document.Erase('c'); });
+    Node const node = Amputate(document.At('c'), &text, "");
+    EXPECT_EQ(node.Position(), document.tree->List().end());
+    EXPECT_EQ(document.Records(), "a0 b1 d2 e1");
+}
+
+// Nothing tells a document from the tree that it is made of; taken for one on trust, it would be read as another class.
+TEST(AmputationInAPlainListTree, TreatsItsPartsAsADocumentsAre) {
+    std::string destroyed;
+    Generic tree(static_cast<OmOutputPart*>(nullptr));
+    Generic::Node const heading = tree.AppendChild(tree.Root(), new ActingPart(destroyed, 'b'));
+    Generic::Node const inner = tree.AppendChild(heading, new ActingPart(destroyed, 'c'));
+    tree.AppendChild(inner, new ActingPart(destroyed, 'd'));
+    OmStringCell const text("t");
+    Generic::Node const first = Amputate(inner, nullptr, "");
+    EXPECT_EQ(RecordsOf(tree), "-0 b1 d2 +2");
+    EXPECT_EQ(first.Value(), std::next(tree.List().begin(), 2)->value);
+    Generic::Node const block = Amputate(heading, &text, "");
+    EXPECT_EQ(RecordsOf(tree), "-0 b1 +2");
+    EXPECT_EQ(destroyed, "cd");
+    delete block.Value();
+    delete heading.Value();
+}
+
 // --- order of steps, seen from a part that goes ----------------------------------------------------------------------
 
 TEST(StepsSeenByAPartThatGoes, PruneRemovesARecordAfterItsPartAndBeforeTheNext) {

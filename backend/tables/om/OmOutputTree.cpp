@@ -2,6 +2,7 @@
 
 #include "backend/tables/om/OmHeading.h"
 #include "backend/tables/om/OmTextBlock.h"
+#include "backend/tables/om/detail/TextParts.h"
 #include "omcell/OmStringCell.h"
 
 #include <algorithm>
@@ -406,19 +407,36 @@ Parts::Node ReplaceByChildren(Parts& tree, Parts::Node const& node, std::string 
     return first;
 }
 
+/// Whether the text is a title below the node, or in one.
+[[maybe_unused]] bool IsTitleBelow(Parts& tree, Parts::Node const& node, OmCellText const& text) {
+    for (Position next = std::next(node.Position()); next != tree.List().end() && next->level > node.Level(); ++next) {
+        if (next->value != nullptr && next->value->Title() != nullptr && om_detail::IsIn(text, *next->value->Title())) {
+            return true;
+        }
+    }
+    return false;
+}
+
 /// Everything below the node goes, and a text block takes its place.
 Parts::Node ReplaceChildren(Parts& tree, Parts::Node const& node, OmCellText const* text, std::string const& codePage) {
     if (!OM_HARDENED(text != nullptr, "text != 0", Source, __LINE__)) {
+        return node;
+    }
+    // A text of ours may belong to a part that goes, and cannot tell when it is cloned; another one is cloned after the
+    // pruning, as it can see.
+    std::unique_ptr<OmTextBlock> block;
+    if (om_detail::IsOurs(*text)) {
+        block = std::make_unique<OmTextBlock>(*text, codePage);
+    } else if (!OM_HARDENED(!IsTitleBelow(tree, node, *text), "text != held", Source, __LINE__)) {
         return node;
     }
     NodeDestruction call(tree, node.Position());
     while (call.HasNode() && !tree.IsLeaf(node)) {
         PruneParts(tree, Parts::Node(tree, std::next(node.Position())));
     }
-    if (!call.HasNode()) {
-        return call.End();
+    if (call.HasNode() && block == nullptr) {
+        block = std::make_unique<OmTextBlock>(*text, codePage);
     }
-    auto block = std::make_unique<OmTextBlock>(*text, codePage);
     return call.HasNode() ? Append(tree, node, std::move(block)) : call.End();
 }
 
@@ -433,5 +451,6 @@ OmOutputTree::Node Amputate(OmOutputTree::Node node, OmCellText const* text, std
         !OM_HARDENED(node.Level() < std::numeric_limits<int>::max(), "node.Level() < max", Source, __LINE__)) {
         return node;
     }
-    return node.Level() > 1 ? ReplaceByChildren(tree, node, codePage) : ReplaceChildren(tree, node, text, codePage);
+    std::string const page = codePage; // its owner may be among the parts that go
+    return node.Level() > 1 ? ReplaceByChildren(tree, node, page) : ReplaceChildren(tree, node, text, page);
 }
