@@ -825,3 +825,110 @@ TEST(MillionRecords, ArePrunedErasedAndAmputatedWithFewRequestsForMemory) {
         EXPECT_EQ(tree.Size(), 2);
     }
 }
+
+// --- fields in their documented order --------------------------------------------------------------------------------
+
+namespace {
+
+unsigned char const* Address(void const* field) { return static_cast<unsigned char const*>(field); }
+
+template <typename Value>
+Value Behind(void const* field, std::size_t offset) {
+    Value value;
+    std::memcpy(&value, Address(field) + offset, sizeof(value));
+    return value;
+}
+
+/// Whether each string or list stands right behind the one before it.
+template <typename Field>
+void ExpectSideBySide(std::initializer_list<Field const*> fields) {
+    Field const* before = nullptr;
+    for (Field const* const field : fields) {
+        EXPECT_TRUE(before == nullptr || Address(field) == Address(before) + sizeof(Field));
+        before = field;
+    }
+}
+
+constexpr std::size_t OneString = sizeof(std::string);
+using Names = std::vector<std::string>;
+
+} // namespace
+
+TEST(FieldsInOrder, OfATextBlock) {
+    OmTextBlock const log(OmStringCell("Log"), "1252");
+    OmTextBlock const other(OmStringCell("other"), "1252");
+    EXPECT_EQ(Address(&log.TextList()), Address(&log) + sizeof(OmOutputPart));
+    EXPECT_EQ(Behind<unsigned char>(&log.TextList(), sizeof(log.TextList())), 1U);
+    EXPECT_EQ(Behind<unsigned char>(&other.TextList(), sizeof(other.TextList())), 0U);
+    EXPECT_EQ(Address(&log.LocaleCodePage()), Address(&log.TextList()) + sizeof(log.TextList()) + sizeof(void*));
+}
+
+TEST(FieldsInOrder, OfAProcedure) {
+    OmProcedure part(OmStringCell("p"), "en", "1252", "en_US");
+    ExpectSideBySide(
+        {&part.Command(), &part.LanguageCode(), &part.LocaleCodePage(), &part.LocaleName(), &part.TransCommand()});
+    part.OutlineVarDisplay(static_cast<OmCellText::ModeType>(10));
+    part.OutlineValueDisplay(static_cast<OmCellText::ModeType>(11));
+    part.TableVarDisplay(static_cast<OmCellText::ModeType>(12));
+    part.TableValueDisplay(static_cast<OmCellText::ModeType>(13));
+    for (std::size_t k = 0; k < 4; ++k) {
+        EXPECT_EQ(Behind<std::int32_t>(&part.TransCommand(), OneString + 4 * k), static_cast<std::int32_t>(10 + k));
+    }
+}
+
+TEST(FieldsInOrder, OfAChart) {
+    OmChart chart(OmStringCell("c"), "", 0x1122334455667788);
+    chart.SetMapInfo("m", 1);
+    ExpectSideBySide({&chart.GetXmlDescription(), &chart.GetXmlData(), &chart.GetImageData(), &chart.GetViZJSONData(),
+                      &chart.LocaleCodePage()});
+    // The map record is handed out in parts alone: a string between the code page and the names.
+    ExpectSideBySide<Names>(
+        {&chart.getCSVFileNames(), &chart.getCSVFiles(), &chart.getGeoJSONFileNames(), &chart.getGeoJSONContent()});
+    EXPECT_EQ(Address(&chart.getCSVFileNames()), Address(&chart.LocaleCodePage()) + 2 * OneString);
+    EXPECT_EQ(Behind<std::size_t>(&chart.LocaleCodePage(), OneString + sizeof(char*)), 1U);
+    EXPECT_EQ(Address(&chart.getVizJSONTemplate()), Address(&chart.getGeoJSONContent()) + sizeof(Names));
+    ExpectSideBySide({&chart.getVizJSONTemplate(), &chart.getOptions()});
+    std::int32_t const states[] = {21, 22};
+    chart.Done(reinterpret_cast<char const*>(states));
+    chart.SetImageSubType(static_cast<ChartXMLContentSubType>(23));
+    chart.SetXmlUncompressedLength(24);
+    EXPECT_EQ(Behind<std::int32_t>(&chart.getOptions(), OneString), 21);
+    EXPECT_EQ(Behind<std::int32_t>(&chart.getOptions(), OneString + 4), 22);
+    EXPECT_EQ(Behind<std::int32_t>(&chart.getOptions(), OneString + 8), 23);
+    EXPECT_EQ(Behind<std::int64_t>(&chart.getOptions(), OneString + 16), 0x1122334455667788);
+    EXPECT_EQ(Behind<std::uint32_t>(&chart.getOptions(), OneString + 24), 24U);
+}
+
+TEST(FieldsInOrder, OfAModel) {
+    OmModel model(OmStringCell("m"));
+    model.SetModelType(static_cast<OmModel::MODEL_TYPE>(7));
+    ExpectSideBySide(
+        {&model.GetPMML(), &model.GetBinaryDataStream(), &model.GetPMMLContainer(), &model.GetStatXMLContainer()});
+    std::int32_t type = 0;
+    std::memcpy(&type, Address(&model.GetPMML()) - sizeof(void*), sizeof(type));
+    EXPECT_EQ(type, 7);
+}
+
+TEST(FieldsInOrder, OfAnInteractiveItem) {
+    OmInteractive const item(OmStringCell("i"), "", 0x1122334455667788);
+    EXPECT_EQ(Address(&item.getGeoJSONFileNames()), Address(&item.LocaleCodePage()) + OneString);
+    ExpectSideBySide<Names>({&item.getGeoJSONFileNames(), &item.getGeoJSONContent()});
+    EXPECT_EQ(Address(&item.getInteractiveJSON()), Address(&item.getGeoJSONContent()) + sizeof(Names));
+    ExpectSideBySide({&item.getInteractiveJSON(), &item.getProcedureName(), &item.getJSONPath(), &item.getOptions()});
+    EXPECT_EQ(Behind<std::int64_t>(&item.getOptions(), OneString), 0x1122334455667788);
+}
+
+TEST(FieldsInOrder, OfAnAnswerTree) {
+    std::string const kept = "kept";
+    OmAnswerTree tree(OmStringCell("a"), kept);
+    tree.SetTreeType(5);
+    tree.SetCompressedXML("x", 1, 6);
+    std::int32_t type = 0;
+    std::memcpy(&type, Address(&tree.GetPath()) - sizeof(void*), sizeof(type));
+    EXPECT_EQ(type, 5);
+    ExpectSideBySide({&tree.GetPath(), &tree.GetCompressedXml()});
+    EXPECT_EQ(Behind<std::uint32_t>(&tree.GetCompressedXml(), OneString), 6U);
+    EXPECT_EQ(Address(&tree.GetUncompressedXml()), Address(&tree.GetCompressedXml()) + OneString + sizeof(void*));
+    ExpectSideBySide({&tree.GetUncompressedXml(), &tree.GetUncompressedDisplayXML()});
+    EXPECT_EQ(Behind<std::string const*>(&tree.GetUncompressedDisplayXML(), OneString), &kept);
+}

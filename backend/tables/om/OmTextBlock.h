@@ -33,8 +33,8 @@ public:
     std::string const& LocaleCodePage() const { return _localeCodePage; }
 
 private:
-    bool _isLog; ///< stands first, in room that the base leaves behind its own flags
     std::list<std::string> _textList;
+    bool _isLog;
     std::string _localeCodePage;
 };
 
