@@ -932,3 +932,70 @@ TEST(FieldsInOrder, OfAnAnswerTree) {
     ExpectSideBySide({&tree.GetUncompressedXml(), &tree.GetUncompressedDisplayXML()});
     EXPECT_EQ(Behind<std::string const*>(&tree.GetUncompressedDisplayXML(), OneString), &kept);
 }
+
+// --- the conversion of titles ----------------------------------------------------------------------------------------
+
+namespace {
+
+/// Takes the converter functions' place in this program.
+struct ConverterBooks {
+    Calls calls;
+    bool isKnown = true;
+    int result = 0;
+    std::string out = "converted";
+};
+
+ConverterBooks& Converters() {
+    static ConverterBooks books;
+    return books;
+}
+
+std::string Name(QUORMBConverter const* converter) { return converter != nullptr ? "converter" : "null"; }
+
+} // namespace
+
+QUORMBConverter* QUORMBConverterNew_A(char const* codePage) {
+    Converters().calls.push_back(std::string("new ") + codePage);
+    static int place = 0;
+    return Converters().isKnown ? reinterpret_cast<QUORMBConverter*>(&place) : nullptr;
+}
+
+int QUORMBU8ToGeneric(QUORMBConverter* converter, std::string& out, std::string const& text) {
+    Converters().calls.push_back("convert " + Name(converter) + " " + text + (out.empty() ? "" : " into " + out));
+    out = Converters().out;
+    return converter != nullptr ? Converters().result : 1;
+}
+
+void QUORMBConverterDelete_A(QUORMBConverter* converter) { Converters().calls.push_back("delete " + Name(converter)); }
+
+namespace {
+
+/// The title of a part made with a code page, and what the converter functions were called with.
+template <typename Part>
+std::pair<std::string, Calls> Converted(bool isKnown, int result) {
+    Converters() = ConverterBooks{{}, isKnown, result};
+    Part const part(OmStringCell("title"), "page", 1);
+    return {part.Title()->AsString(), Converters().calls};
+}
+
+template <typename Part>
+void ExpectEveryStepOfTheConversion() {
+    EXPECT_EQ(
+        Converted<Part>(true, 0),
+        std::make_pair(std::string("converted"), Calls{"new page", "convert converter title", "delete converter"}));
+    for (int const result : {1, 2, -1, INT_MAX, INT_MIN}) {
+        EXPECT_EQ(
+            Converted<Part>(true, result),
+            std::make_pair(std::string("title"), Calls{"new page", "convert converter title", "delete converter"}));
+    }
+    EXPECT_EQ(Converted<Part>(false, 0),
+              std::make_pair(std::string("title"), Calls{"new page", "convert null title", "delete null"}));
+}
+
+} // namespace
+
+// The delete function was not called for a name that nobody knows.
+TEST(TitleConversion, CallsTheThreeFunctionsInOrderWhateverTheyGive) {
+    ExpectEveryStepOfTheConversion<OmChart>();
+    ExpectEveryStepOfTheConversion<OmInteractive>();
+}

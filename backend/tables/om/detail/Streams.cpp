@@ -3,15 +3,27 @@
 #include "omcell/OmCellText.h"
 #include "platform/CodePageConverter.h"
 
-#include <memory>
+namespace {
+
+/// Frees what `QUORMBConverterNew_A` gave, null too.
+class Converter {
+public:
+    explicit Converter(std::string const& codePage) : _handle(QUORMBConverterNew_A(codePage.c_str())) {}
+    ~Converter() { QUORMBConverterDelete_A(_handle); }
+    Converter(Converter const&) = delete;
+    Converter& operator=(Converter const&) = delete;
+
+    QUORMBConverter* Handle() const { return _handle; }
+
+private:
+    QUORMBConverter* _handle;
+};
+
+} // namespace
 
 std::string om_detail::TitleIn(OmCellText const& title, std::string const& codePage) {
     std::string const text = title.AsString();
     std::string converted;
-    std::unique_ptr<QUORMBConverter, decltype(&QUORMBConverterDelete_A)> const converter(
-        QUORMBConverterNew_A(codePage.c_str()), QUORMBConverterDelete_A);
-    if (QUORMBU8ToGeneric(converter.get(), converted, text) != 0) {
-        return text;
-    }
-    return converted;
+    Converter const converter(codePage);
+    return QUORMBU8ToGeneric(converter.Handle(), converted, text) != 0 ? text : converted;
 }
