@@ -999,3 +999,26 @@ TEST(TitleConversion, CallsTheThreeFunctionsInOrderWhateverTheyGive) {
     ExpectEveryStepOfTheConversion<OmChart>();
     ExpectEveryStepOfTheConversion<OmInteractive>();
 }
+
+// --- the first number ------------------------------------------------------------------------------------------------
+
+// The pages that hold what stands behind the number cannot be read while it is searched.
+TEST(FirstNumberOfAMillionComponents, IsFoundWithoutLookingBehindIt) {
+    constexpr std::size_t Million = 1000000;
+    OmComposite composite;
+    auto const root = composite.Components().Root();
+    composite.Append(OmNumber(7));
+    for (std::size_t k = 1; k < Million; ++k) {
+        composite.Components().AddChild(root, nullptr);
+    }
+    auto const page = static_cast<std::uintptr_t>(sysconf(_SC_PAGESIZE));
+    auto const first = (reinterpret_cast<std::uintptr_t>(&root.Child(100).Value()) + page - 1) / page * page;
+    auto const last = reinterpret_cast<std::uintptr_t>(&root.Child(Million - 1).Value()) / page * page;
+    ASSERT_LT(first, last);
+    OmComposite const& searched = composite;
+    ASSERT_EQ(mprotect(reinterpret_cast<void*>(first), last - first, PROT_NONE), 0);
+    OmNumber const* const number = OmUtility::GetFirstNumber(searched);
+    ASSERT_EQ(mprotect(reinterpret_cast<void*>(first), last - first, PROT_READ | PROT_WRITE), 0);
+    ASSERT_NE(number, nullptr);
+    EXPECT_EQ(number->NumericValue(), 7);
+}

@@ -1,17 +1,14 @@
 #include "backend/tables/om/OmUtility.h"
 
-#include "backend/tables/om/VectorTree.h"
+#include "backend/tables/om/detail/FirstBelow.h"
 #include "omcell/OmComposite.h"
 #include "omcell/OmNumber.h"
 
 OmNumber const* OmUtility::GetFirstNumber(OmComposite const& composite) {
-    using Components = OmVectorTree<OmCellText*>;
     OmNumber const* number = nullptr;
-    Components::WalkPreOrder(composite.Components().Root(), [&](Components::ConstNode const& component) {
-        if (number == nullptr && component.Depth() > 0) {
-            number = dynamic_cast<OmNumber const*>(component.Value());
-        }
-        return number == nullptr;
+    om_detail::FirstBelow(composite.Components().Root(), [&number](OmCellText const* component) {
+        number = dynamic_cast<OmNumber const*>(component);
+        return number != nullptr;
     });
     return number;
 }

@@ -11,7 +11,7 @@ class OMTREE_API OmUtility {
 public:
     /// The first number among a composite's components, depth first, a component before its sub-components; null when
     /// there is none. The composite's root value takes no part, and a component that is a composite itself is not
-    /// entered. The number belongs to the composite. O(components).
+    /// entered. The number belongs to the composite. O(components up to the number).
     static OmNumber const* GetFirstNumber(OmComposite const& composite);
 };
 

@@ -1,5 +1,6 @@
 #include "backend/tables/om/OmUtility.h"
 
+#include "backend/tables/om/detail/FirstBelow.h"
 #include "omcell/OmComposite.h"
 #include "omcell/OmNumber.h"
 #include "omcell/OmStringCell.h"
@@ -8,6 +9,7 @@
 #include <gtest/gtest.h>
 
 #include <cmath>
+#include <cstddef>
 
 using omtest::ForeignLog;
 using omtest::ForeignSpec;
@@ -146,4 +148,42 @@ TEST(OmUtility, LongListIsSearchedToItsEnd) {
     }
     composite.Append(OmNumber(8));
     EXPECT_EQ(FirstNumber(composite), 8);
+}
+
+// --- the search ------------------------------------------------------------------------------------------------------
+
+namespace {
+
+/// A node of a tree whose nodes all have as many children, to a depth; its steps are counted.
+struct CountedNode {
+    std::size_t width;
+    int depth;
+    int number;
+    long* steps;
+
+    std::size_t ChildCount() const { return depth > 0 ? width : 0; }
+    CountedNode Child(std::size_t k) const {
+        ++*steps;
+        return {width, depth - 1, static_cast<int>(k), steps};
+    }
+    int Value() const { return number; }
+};
+
+/// Steps to the first node with that number.
+long StepsTo(int number, std::size_t width, int depth) {
+    long steps = 0;
+    bool const isFound =
+        om_detail::FirstBelow(CountedNode{width, depth, -1, &steps}, [&](int value) { return value == number; });
+    EXPECT_EQ(isFound, number < static_cast<int>(width));
+    return steps;
+}
+
+} // namespace
+
+// Found in the first of a million components, it was sought in all the others.
+TEST(OmUtility, SearchStopsAtWhatItFinds) {
+    EXPECT_EQ(StepsTo(0, 1000000, 1), 1);
+    EXPECT_EQ(StepsTo(0, 1000, 2), 1);
+    EXPECT_EQ(StepsTo(1, 10, 3), 4); // down to the deepest first child, then to its sibling
+    EXPECT_EQ(StepsTo(10, 10, 3), 10 + 100 + 1000);
 }
