@@ -1022,3 +1022,66 @@ TEST(FirstNumberOfAMillionComponents, IsFoundWithoutLookingBehindIt) {
     ASSERT_NE(number, nullptr);
     EXPECT_EQ(number->NumericValue(), 7);
 }
+
+// --- a part's own contents given back to it --------------------------------------------------------------------------
+
+// The zero behind the bytes is the string's too, and moves with it.
+TEST(StreamGivenItsOwnTerminatingZero, ReadsItBeforeItMoves) {
+    OmChart chart(OmStringCell("c"), "", 1);
+    OmModel model(OmStringCell("m"));
+    std::string const bytes(100, 'a');
+    chart.SetBinaryDataStream(bytes.data(), 100);
+    chart.SetImageStream(bytes.data(), 100);
+    chart.SetViZJSON(bytes.data(), 100);
+    model.SetBinaryDataStream(bytes.data(), 100);
+    chart.SetBinaryDataStream(chart.GetXmlData().data() + 100, 1);
+    chart.SetImageStream(chart.GetImageData().data() + 100, 1);
+    chart.SetViZJSON(chart.GetViZJSONData().data() + 100, 1);
+    model.SetBinaryDataStream(model.GetBinaryDataStream().data() + 100, 1);
+    for (std::string const* const stream :
+         {&chart.GetXmlData(), &chart.GetImageData(), &chart.GetViZJSONData(), &model.GetBinaryDataStream()}) {
+        EXPECT_EQ(*stream, bytes + std::string(1, '\0'));
+    }
+}
+
+TEST(PartGivenItsOwnContents, TakesThemAsTheyWere) {
+    OmChart chart(OmStringCell("c"), "", 1);
+    std::string const bytes = "some bytes that are longer than a string keeps inside itself";
+    auto const length = static_cast<unsigned int>(bytes.size());
+    chart.addCSVFileName(bytes.data(), length);
+    chart.addCSVFileContent(bytes.data(), length);
+    chart.addCSVFileContent(chart.getCSVFiles().back().data() + 5, length - 5);
+    EXPECT_EQ(chart.getCSVFiles(), Names{bytes + bytes.substr(5)});
+    chart.addCSVFileName(chart.getCSVFileNames().front().data(), length);
+    chart.addCSVFileContent(chart.getCSVFiles().front().data(), length);
+    EXPECT_EQ(chart.getCSVFileNames(), (Names{bytes, bytes}));
+    EXPECT_EQ(chart.getCSVFiles(), (Names{bytes + bytes.substr(5), bytes}));
+    chart.setOptions(bytes);
+    chart.setOptions(chart.getOptions());
+    EXPECT_EQ(chart.getOptions(), bytes);
+    OmInteractive item(OmStringCell("i"), "", 1);
+    item.setOptions(bytes);
+    item.setOptions(item.getOptions());
+    item.setJSONPath(item.getOptions());
+    item.setProcedureName(item.getJSONPath());
+    EXPECT_EQ(item.getOptions() + item.getProcedureName(), bytes + bytes);
+    OmProcedure procedure(OmStringCell("p"), bytes, bytes, bytes);
+    procedure.SetCommand(procedure.LocaleName());
+    procedure.SetCommand(procedure.Command());
+    procedure.SetTransCommand(procedure.Command());
+    EXPECT_EQ(procedure.Command() + procedure.TransCommand(), bytes + bytes);
+    OmTextBlock block(OmStringCell("t"), "");
+    block.TextList() = {"one", "two"};
+    block.TextList().splice(block.TextList().begin(), block.TextList(), std::next(block.TextList().begin()));
+    EXPECT_EQ(block.TextList(), (std::list<std::string>{"two", "one"}));
+}
+
+TEST(MapInfo, IsReadIntoAsManyStringsAsAreGiven) {
+    OmChart chart(OmStringCell("c"), "", 1);
+    std::string const record("\1\0\1\0\0\0A\1\0B\1\0\0\0C\1\0D", 18);
+    chart.SetMapInfo(record.data(), static_cast<unsigned int>(record.size()));
+    std::string first;
+    std::string second;
+    chart.getMapInfo(first, first, second, second);
+    EXPECT_EQ(first + second, "BD");
+}
