@@ -1085,3 +1085,84 @@ TEST(MapInfo, IsReadIntoAsManyStringsAsAreGiven) {
     chart.getMapInfo(first, first, second, second);
     EXPECT_EQ(first + second, "BD");
 }
+
+// --- chunks for which there is no memory -----------------------------------------------------------------------------
+
+// The largest length, and of a chunk that is never read, because there is no room for it.
+TEST(ContainerWithoutMemory, HasSetTheTypeOfTheModelFirst) {
+    for (auto const set : {&OmModel::SetPMMLContainer, &OmModel::SetStatXMLContainer}) {
+        OmModel model(OmStringCell("m"));
+        omtest::Heap().untilFailure = 0;
+        EXPECT_THROW((model.*set)("x", UINT_MAX), std::bad_alloc);
+        omtest::Heap().untilFailure = -1;
+        EXPECT_EQ(model.GetModelType(), 1);
+        EXPECT_EQ(model.GetPMMLContainer() + model.GetStatXMLContainer(), "");
+    }
+}
+
+TEST(StreamWithoutMemory, IsAsBeforeTheLargestChunk) {
+    std::string const kept(100, 'a');
+    OmChart chart(OmStringCell("c"), "", 1);
+    chart.SetXmlDescription(kept.data(), 100);
+    chart.SetBinaryDataStream(kept.data(), 100);
+    chart.addCSVFileContent("y", 1);
+    omtest::Heap().untilFailure = 0;
+    EXPECT_THROW(chart.SetXmlDescription("x", UINT_MAX), std::bad_alloc);
+    EXPECT_THROW(chart.SetBinaryDataStream("x", UINT_MAX), std::bad_alloc);
+    EXPECT_THROW(chart.SetXmlCompressedLength(UINT_MAX), std::bad_alloc);
+    EXPECT_THROW(chart.addCSVFileContent("x", UINT_MAX), std::bad_alloc);
+    EXPECT_THROW(chart.SetMapInfo("x", UINT_MAX), std::bad_alloc);
+    omtest::Heap().untilFailure = -1;
+    EXPECT_EQ(chart.GetXmlDescription(), kept);
+    EXPECT_EQ(chart.GetXmlData(), kept);
+    EXPECT_EQ(chart.getCSVFiles(), Names{"y"});
+    EXPECT_FALSE(chart.hasMap());
+}
+
+// --- room for chunks -------------------------------------------------------------------------------------------------
+
+TEST(DescriptionsRoom, IsJustWhatTheCompressedLengthSays) {
+    for (unsigned int const length : {100U, 4095U, 100000U}) {
+        OmChart chart(OmStringCell("c"), "", 1);
+        chart.SetXmlCompressedLength(length);
+        EXPECT_EQ(chart.GetXmlDescription().capacity(), length);
+    }
+}
+
+// Room for just the whole each time would be a request for every chunk.
+TEST(StreamsThatJustAppend, GrowInFewSteps) {
+    constexpr int Chunks = 100000;
+    OmChart chart(OmStringCell("c"), "", 1);
+    OmModel model(OmStringCell("m"));
+    OmInteractive item(OmStringCell("i"), "", 1);
+    std::string const kept;
+    OmAnswerTree tree(OmStringCell("a"), kept);
+    std::vector<std::function<void()>> const appends{
+        [&] { chart.SetXmlDescription("x", 1); },
+        [&] { chart.setVizJSONTemplate("x", 1); },
+        [&] { chart.SetMapInfo("x", 1); },
+        [&] { chart.addCSVFileContent("x", 1); },
+        [&] { chart.addGeoJSONFileContent("x", 1); },
+        [&] { model.SetPMML("x", 1); },
+        [&] { model.SetPMMLContainer("x", 1); },
+        [&] { model.SetStatXMLContainer("x", 1); },
+        [&] { item.setInteractiveJSON("x", 1); },
+        [&] { item.addGeoJSONFileContent("x", 1); },
+        [&] { tree.SetPath("x", 1); },
+        [&] { tree.SetCompressedXML("x", 1, 1); },
+        [&] { tree.SetUncompressedXML("x", 1); },
+        [&] { tree.SetUncompressedDisplayXML("x", 1); },
+    };
+    chart.addCSVFileName("n", 1);
+    chart.addGeoJSONFileName("n", 1);
+    item.addGeoJSONFileName("n", 1);
+    for (auto const& append : appends) {
+        EXPECT_LE(RequestsOf([&] {
+                      for (int k = 0; k < Chunks; ++k) {
+                          append();
+                      }
+                  }),
+                  20);
+    }
+    EXPECT_EQ(chart.getCSVFiles().front().size(), static_cast<std::size_t>(Chunks));
+}

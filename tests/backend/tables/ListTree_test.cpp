@@ -1,6 +1,7 @@
 #include "backend/tables/ListTree.h"
 
 #include "tests/support/AssertionCatcher.h"
+#include "tests/support/InstanceTracker.h"
 #include "tests/support/ListTreeText.h"
 
 #include <gtest/gtest.h>
@@ -19,9 +20,11 @@ using omtest::AfterReport;
 using omtest::AssertionCatcher;
 using omtest::EndOf;
 using omtest::Fill;
+using omtest::InstanceBooks;
 using omtest::ListTreeOf;
 using omtest::NodeOf;
 using omtest::RecordsOf;
+using omtest::Tracked;
 
 using Tree = ListTree<char>;
 using Node = Tree::Node;
@@ -120,6 +123,26 @@ TEST(ListTree, AssignmentReplacesAllRecordsAndGivesTheTree) {
     EXPECT_EQ(&(target = source), &target);
     EXPECT_EQ(RecordsOf(target), "a0 b1 c2");
     EXPECT_EQ(RecordsOf(source), "a0 b1 c2");
+}
+
+// A list's own assignment would copy into the records that are there, and then never ask for the first copy.
+TEST(ListTree, AssignmentRemovesAllRecordsBeforeItCopies) {
+    InstanceBooks books;
+    {
+        ListTree<Tracked> const source(Tracked(books, 1));
+        ListTree<Tracked> target(Tracked(books, 2));
+        target.AppendChild(target.Root(), Tracked(books, 3));
+        books.Forget();
+        books.copiesUntilFailure = 0;
+        EXPECT_THROW(target = source, omtest::CopyFailed);
+        books.copiesUntilFailure = -1;
+        EXPECT_EQ(books.destroyed, (std::vector<int>{2, 3}));
+        EXPECT_EQ(target.Size(), 0);
+        target = source;
+        EXPECT_EQ(books.copied, std::vector<int>{1});
+        EXPECT_EQ(target.Root().Value().value, 1);
+    }
+    EXPECT_TRUE(books.Balanced());
 }
 
 // Removing the records first, without asking, would leave an empty tree.

@@ -21,7 +21,9 @@ TEST(OmPageTitle, AddsNoVirtualOperationAndNoField) {
 
 TEST(OmPageTitle, HasAnEmptyStringCellAsTitleAndIsNoLog) {
     OmPageTitle const title("1252");
-    EXPECT_NE(dynamic_cast<OmStringCell const*>(title.Title()), nullptr);
+    auto const* const text = dynamic_cast<OmStringCell const*>(title.Title());
+    ASSERT_NE(text, nullptr);
+    EXPECT_FALSE(text->Flag());
     EXPECT_EQ(title.Title()->AsString(), "");
     EXPECT_FALSE(title.IsLog());
     EXPECT_EQ(title.Size(), 0U);
