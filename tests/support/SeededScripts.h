@@ -29,9 +29,14 @@ inline void Trace(std::string const& event) {
 class Dice {
 public:
     explicit Dice(std::uint64_t seed) : _generator(seed) {}
+    Dice(Dice const&) = delete;
+    Dice& operator=(Dice const&) = delete;
+    virtual ~Dice() = default;
 
     /// 0 .. count - 1. Not std::uniform_int_distribution, whose sequence differs between libraries.
-    std::size_t Below(std::size_t count) { return static_cast<std::size_t>(_generator() % count); }
+    virtual std::size_t Below(std::size_t count) { return static_cast<std::size_t>(_generator() % count); }
+    /// Whether there is nothing left to choose from, so that a script should end. Dice made of a seed go on for ever.
+    virtual bool Spent() const { return false; }
     int Int(int first, int last) { return first + static_cast<int>(Below(static_cast<std::size_t>(last - first + 1))); }
     bool Percent(std::size_t chance) { return Below(100) < chance; }
     template <typename T>
