@@ -31,6 +31,13 @@ std::optional<SlotMark> SlotAt(std::string_view text) {
     return SlotMark{number, static_cast<std::size_t>(read.ptr - text.data()) + 1};
 }
 
+/// Bytes of the slot, as it is written, at the start of some text; 0 when there is none.
+std::size_t WrittenSlot(std::string_view text) {
+    std::size_t const end = text.find_first_not_of("0123456789", 1);
+    bool const isSlot = text.front() == '{' && end != std::string_view::npos && end > 1 && text[end] == '}';
+    return isSlot ? end + 1 : 0;
+}
+
 bool IsDoubledBrace(std::string_view text) { return text.size() > 1 && text[0] == text[1]; }
 
 } // namespace
@@ -144,7 +151,9 @@ void OmMessage::Expand(Form form, Pieces& pieces) const {
             show(position);
             length = mark->length;
         } else {
-            pieces.Add(rest.substr(0, 1));
+            std::size_t const unfilled = WrittenSlot(rest);
+            length = std::max(length, unfilled);
+            pieces.Add(rest.substr(0, std::max<std::size_t>(unfilled, 1)));
         }
         rest.remove_prefix(length);
     }
