@@ -4,7 +4,8 @@ JOBS ?= $(shell nproc)
 # What the benchmarks are written with, and the rivals.
 BENCHMARK_PACKAGES = libbenchmark-dev libabsl-dev libboost1.81-dev libmimalloc-dev
 
-.PHONY: demo test asan tsan memcheck coverage mutation clang tidy format-check bench bench-growth bench-programs instructions clean setup
+.PHONY: demo test asan tsan memcheck coverage mutation fuzz clang tidy format-check bench bench-growth bench-programs \
+        instructions clean setup
 
 demo: setup
 	cmake --preset release
@@ -88,6 +89,17 @@ instructions:
 	cmake --preset bench
 	cmake --build --preset bench -j $(JOBS) --target omtree-instructions
 	tools/instructions.py build/bench/benchmarks/omtree-instructions $(if $(UPDATE),--update)
+
+# Each fuzzer for so many seconds, over its own folder below build/fuzz/corpus. Fails when anything is found.
+# Some targets only: make fuzz TARGETS='CellStore Headings'
+SECONDS = 60
+TARGETS ?=
+
+fuzz:
+	tools/setup.sh clang
+	cmake --preset fuzz
+	cmake --build --preset fuzz -j $(JOBS)
+	tools/fuzz.py build/fuzz/fuzz --corpus build/fuzz/corpus --seconds $(SECONDS) $(if $(TARGETS),--only $(TARGETS))
 
 setup:
 	tools/setup.sh

@@ -2,19 +2,19 @@
 // does not fit and the bytes that are left.
 
 #include "FuzzTarget.h"
+#include "Require.h"
 #include "backend/tables/om/OMSException.h"
 #include "backend/tables/om/OmChart.h"
 #include "omcell/OmStringCell.h"
 
 #include <array>
 #include <cstdint>
-#include <cstdio>
-#include <cstdlib>
 #include <cstring>
 #include <string>
 
 namespace {
 
+using omfuzz::Require;
 using Parts = std::array<std::string, 4>;
 
 /// What is to come of a record.
@@ -70,13 +70,6 @@ Outcome Expected(std::uint8_t const* data, std::size_t size) {
         place += static_cast<std::size_t>(length);
     }
     return outcome;
-}
-
-void Require(bool holds, char const* promise) {
-    if (!holds) {
-        std::fprintf(stderr, "broken promise: %s\n", promise);
-        std::abort();
-    }
 }
 
 } // namespace
