@@ -48,16 +48,6 @@ std::string Changed(std::string name, Change const& change) {
     return name;
 }
 
-/// What stands behind a locale's dot and before its modifier.
-std::string CodePagePart(std::string const& name) {
-    std::size_t const dot = name.find('.');
-    if (dot == std::string::npos) {
-        return name;
-    }
-    std::string const behind = name.substr(dot + 1);
-    return behind.substr(0, behind.find('@'));
-}
-
 std::string Folded(std::string const& part) {
     std::string folded;
     for (char const c : part) {
@@ -66,6 +56,18 @@ std::string Folded(std::string const& part) {
         }
     }
     return folded;
+}
+
+/// What stands behind a locale's dot and before its modifier. One code page has a dot in its own name.
+std::string CodePagePart(std::string const& name) {
+    std::string text = name;
+    std::size_t const own = Folded(text).find("ansix3.41968");
+    if (own == std::string::npos || own > 0) {
+        text.erase(0, text.find('.') + 1);
+        text.resize(std::min(text.find('@'), text.size()));
+    }
+    std::replace(text.begin(), text.end(), '.', '-');
+    return text;
 }
 
 /// Between two digits a separator is only where a part of the standard, or its year, begins.
