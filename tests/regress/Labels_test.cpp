@@ -7,6 +7,7 @@
 #include "tests/support/CategoryText.h"
 #include "tests/support/FailingMalloc.h"
 #include "tests/support/ForeignText.h"
+#include "tests/support/HeapInUse.h"
 
 #include <gtest/gtest.h>
 
@@ -14,8 +15,10 @@
 #include <cstddef>
 #include <cstdint>
 #include <deque>
+#include <map>
 #include <new>
 #include <string>
+#include <unordered_map>
 #include <utility>
 #include <vector>
 
@@ -117,9 +120,16 @@ TEST(CraftedLabels, AreFoundByBisection) {
         unhashed.dimension.AddNewChild(unhashed.Root(), Label(label), 0, false);
     }
     EXPECT_EQ(world.dimension.Region().LiveBlocks(), unhashed.dimension.Region().LiveBlocks());
+    std::size_t const bytes = omtest::Asked([&] {
+                                  for (std::size_t k = 0; k < labels.size(); ++k) {
+                                      Node const found =
+                                          world.dimension.Child(world.Root(), Label(labels[k]), 0, false);
+                                      ASSERT_TRUE(found == world.Root().Child(k));
+                                  }
+                              }).bytes;
+    EXPECT_LT(bytes, 4 * labels.size()) << "the hash was tried again";
     for (std::size_t k = 0; k < labels.size(); ++k) {
         ASSERT_EQ(OmDimension::FindChild(world.Root(), Label(labels[k]), false), static_cast<int>(k));
-        ASSERT_TRUE(world.dimension.Child(world.Root(), Label(labels[k]), 0, false) == world.Root().Child(k));
     }
     EXPECT_EQ(world.Root().ChildCount(), labels.size());
     std::vector<std::string> sorted = labels;
@@ -142,6 +152,41 @@ TEST(CraftedLabels, OrdinaryLabelsAreNeverRefused) {
                 ASSERT_TRUE(hash.Add(LabelKey(before + std::to_string(k) + behind, k % 2 == 0)));
             }
         }
+    }
+}
+
+// Lengths and kinds of storage are told apart where the hash does not: short labels that share their first word, long
+// ones, and one of each.
+TEST(LabelHashes, CollidingLabelsOfOtherLengthsAreToldApart) {
+    std::unordered_map<std::uint32_t, std::string> seen;
+    std::map<std::pair<bool, bool>, int> pairs;
+    for (std::uint64_t k = 0; k < 400000; ++k) {
+        std::string tail;
+        for (std::uint64_t rest = k * 0x9E3779B97F4A7C15U >> (k % 40); rest != 0; rest >>= 8) {
+            tail += static_cast<char>(rest);
+        }
+        std::string const label = "equal by" + (k % 3 == 0 ? "word and " + tail : tail.substr(0, 7));
+        auto const [place, isNew] = seen.emplace(LabelKey(label, false).Hash(), label);
+        std::string const& other = place->second;
+        if (isNew || other.size() == label.size()) {
+            continue;
+        }
+        for (bool const swapped : {false, true}) {
+            LabelKey const first(swapped ? label : other, false);
+            LabelKey const second(swapped ? other : label, false);
+            OmMemoryRegion region(false);
+            LabelHash hash(region);
+            ASSERT_TRUE(hash.Add(first));
+            ASSERT_EQ(hash.Find(second), -1);
+            ASSERT_TRUE(hash.Add(second));
+            ASSERT_EQ(hash.Find(first), 0);
+            ASSERT_EQ(hash.Find(second), 1);
+            ++pairs[{first.IsLong(), second.IsLong()}];
+        }
+    }
+    for (bool const isLong : {false, true}) {
+        EXPECT_GT((pairs[{isLong, false}]), 0);
+        EXPECT_GT((pairs[{isLong, true}]), 0);
     }
 }
 
@@ -255,6 +300,20 @@ TEST(ForeignProbe, LabelsAddedSinceAreSortedIn) {
     world.Root().Child(3).Value().IsGroup(true); // settles
     plain.Root().Child(3).Value().IsGroup(true);
     EXPECT_EQ(ChildIndexOf(world.Root()), ChildIndexOf(plain.Root()));
+}
+
+// Readers may still be at the entries that another one replaces; the next change frees them.
+TEST(ForeignProbe, EntriesOfEarlierProbesDoNotPileUp) {
+    HashedWorld world(2000);
+    omtest::ForeignLog log;
+    omtest::ForeignText const probe(log, Name(5));
+    int next = 0;
+    std::ptrdiff_t const growth = omtest::HeapGrowth(100, [&] {
+        world.dimension.Child(world.Root(), Label("new " + std::to_string(++next)), 0, false);
+        OmDimension::FindChild(world.Root(), probe, false);
+        log.Take();
+    });
+    EXPECT_LT(growth, std::ptrdiff_t{100} * 2000 * 4 / 2);
 }
 
 TEST(HashedValue, IsCopiedWithoutSortingAgain) {
