@@ -228,7 +228,7 @@ private:
         return offset < children.size() ? offset : children.size();
     }
 
-    /// After the children of `above` may have moved, `before` being where they were.
+    /// After the children of `above` may have moved from `before`.
     static void AdoptGrandchildren(TreeNode& above, TreeNode const* before) {
         if (above.children.data() != before) {
             for (TreeNode& child : above.children) {
@@ -472,6 +472,9 @@ void OmVectorTree<T>::MakeRoom(Node const& parent) {
     TreeNode* const above = parent.Ptr();
     TreeNode const* const before = above->children.data();
     above->children.MakeRoom();
+    if (above->children.data() != before) {
+        above->CountChange();
+    }
     AdoptGrandchildren(*above, before);
 }
 
