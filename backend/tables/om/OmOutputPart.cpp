@@ -13,7 +13,7 @@ OmOutputPart::OmOutputPart(OmCellText const& title)
 // that asks for the part's title finds none.
 OmOutputPart::~OmOutputPart() { delete std::exchange(_title, nullptr); }
 
-bool OmOutputPart::TakesTitle(OmCellText const& title) {
+bool OmOutputPart::TakesTitle([[maybe_unused]] OmCellText const& title) {
     return OM_HARDENED((om_detail::HeldPlace{_title, _titleIsItsOwnClone}.Takes(&title)), "title != held",
                        "backend/tables/om/OmOutputPart", __LINE__);
 }
