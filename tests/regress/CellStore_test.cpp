@@ -94,6 +94,15 @@ TEST(CellStoreWalk, StoringACellAtEachStepDoesNotSortTheTableAtEachStep) {
     }
 }
 
+TEST(CellStoreWalk, UnchangedTableIsSortedOnce) {
+    for (std::size_t const dimensions : {1U, 2U, 3U}) {
+        Table table(dimensions);
+        Walked const walked = WalkAndChange(table, dimensions, [](int, Index const&) {});
+        EXPECT_EQ(walked.cells, std::size_t{Cells});
+        EXPECT_EQ(walked.sorted, std::size_t{Cells}) << dimensions << " dimensions";
+    }
+}
+
 TEST(CellStoreWalk, MovingACellAtEachStepDoesNotSortTheTableAtEachStep) {
     for (std::size_t const dimensions : {1U, 2U, 3U, 4U}) {
         for (bool const isSplit : {false, true}) {
@@ -152,6 +161,22 @@ TEST(CellStoreDeletion, ManyOfAScatteredTableGiveTheCellsLeaves) {
         table.deleteCell({Scattered(i), Scattered(i)});
     }
     EXPECT_GT(table.Region().LiveBlocks(), blocks + Cells);
+}
+
+// Where leaves are short their keys are asked for one by one, and the table keeps its form.
+TEST(CellStoreDeletion, ManyOfATableOfShortLeavesTakeNoMemory) {
+    constexpr int Leaves = 35000;
+    Table table(2);
+    for (int i = 0; i < Leaves; ++i) {
+        table.Put({0, Scattered(i)});
+        table.Put({i % 2 + 1, Scattered(i)});
+    }
+    std::size_t const blocks = table.Region().LiveBlocks();
+    for (int i = 0; i < 1000; ++i) {
+        table.deleteCell({0, Scattered(i)});
+        table.deleteCell({i % 2 + 1, Scattered(i)});
+    }
+    EXPECT_EQ(table.Region().LiveBlocks(), blocks - 2000);
 }
 
 // The dump went down one call a dimension: a thread with a small stack ended there.

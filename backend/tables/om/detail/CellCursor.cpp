@@ -231,7 +231,6 @@ void Cursor::NextElsewhere() {
 void Cursor::FindAgain() {
     changes = store->Changes();
     cell = nullptr;
-    fetched = nullptr;
     void const* node = Top();
     if (node == nullptr) {
         return;
@@ -246,7 +245,7 @@ void Cursor::FindAgain() {
         }
         node = here.node->Entry(static_cast<std::uint32_t>(here.position));
         if (node == nullptr) {
-            Seek(level, here.position + 1);
+            Seek(level, here.position);
             return;
         }
     }

@@ -15,7 +15,7 @@ constexpr std::uint32_t FewestSlots = 4;
 constexpr std::uint32_t FewestPlaces = 16;
 constexpr std::uint32_t ListMost = OMTREE_NODE_LIST_MOST;
 
-// How much a hash may be looked through, in the unit of its record.
+// How much a hash may be looked through, in 4096ths of its places. A look at less is not worth counting.
 constexpr std::uint32_t LooksAtAll = 4096;
 constexpr std::uint32_t MostLooked = OMTREE_NODE_LOOKS * LooksAtAll;
 
@@ -336,7 +336,7 @@ void Node::LookThrough(std::uint32_t position, Visit&& visit) {
     constexpr std::uint64_t PlacesLikeOneKey = 8; // what asking for a key costs, in looks at a place
     std::uint64_t const asking = PlacesLikeOneKey * _width;
     if (_form == Form::Hash) {
-        std::uint64_t const share = std::min<std::uint64_t>(asking, _capacity) * LooksAtAll / _capacity + 1;
+        std::uint64_t const share = std::min<std::uint64_t>(asking, _capacity) * LooksAtAll / _capacity;
         _looked = static_cast<std::uint16_t>(std::min<std::uint64_t>(_looked + share, MostLooked));
     }
     if (_form == Form::Hash && asking < _capacity) {

@@ -420,6 +420,22 @@ TEST(PivotTableDelete, RemovesEmptyNodesUpToTheRootButNotIt) {
                                "    [1] 0\n");
 }
 
+TEST(PivotTableDelete, RemovesANodeWhoseLeavesWentOneByOne) {
+    Table table(3);
+    table.Cell({0, 0, 0}, Text("a"));
+    for (int i = 0; i < 10; ++i) {
+        table.Cell({0, 100 * i, 1}, Text("b"));
+    }
+    for (int i = 0; i < 10; ++i) {
+        table.deleteCell({0, 100 * i, 1});
+    }
+    EXPECT_EQ(RawShape(table), "@\n"
+                               "    [0] @\n"
+                               "    [0]     [0] @\n"
+                               "    [0]     [0]     [0] @ - a\n"
+                               "    [1] 0\n");
+}
+
 TEST(PivotTableDelete, KeepsALeafThatHoldsAnotherCell) {
     Table table(2);
     table.Cell({0, 0}, Text("a"));

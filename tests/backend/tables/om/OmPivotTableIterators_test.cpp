@@ -310,6 +310,7 @@ TEST(PivotTableIteration, IteratorOlderThanDimensionsMeetsNodesMadeAnew) {
                 index.push_back(0);
             }
             table.deleteCell(index);
+            table.Put(Index(index.size(), 0));
             index[0] = 5;
             table.Put(index);
             ++iterator;
