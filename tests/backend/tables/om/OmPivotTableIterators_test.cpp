@@ -310,9 +310,9 @@ TEST(PivotTableIteration, IteratorOlderThanDimensionsMeetsNodesMadeAnew) {
                 index.push_back(0);
             }
             table.deleteCell(index);
-            table.Put(Index(index.size(), 0));
             index[0] = 5;
             table.Put(index);
+            table.Put(Index(index.size(), 0));
             ++iterator;
             EXPECT_TRUE(iterator.Cell() == nullptr || iterator.Cell() == table.Cell(index)) << former << ' ' << added;
         }
