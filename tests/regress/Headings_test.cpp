@@ -218,7 +218,10 @@ TEST(HeadingsOfLongAxes, AreSkippedWhereNextToNothingIsShown) {
         ASSERT_EQ(dimension.NumCategories(), 2000001);
     }
     sketch.Dimension("none");
-    sketch.Columns({0, 1, 2}).Put({0, 0, 0, 0}).Put({2000000, 0, 2000000, 0}).Put({5, 0, 0, 0});
+    sketch.Columns({0, 1, 2}).Put({0, 0, 0, 0}).Put({2000000, 0, 2000000, 0});
+    for (int k = 1; k < 20; ++k) { // more than there are shown positions
+        sketch.Put({k, 0, 0, 0});
+    }
     OmDisplayLayerHeading layers(sketch.table, false);
     constexpr unsigned long long Size = 2000001;
     EXPECT_EQ(OmDisplayColumnHeading(layers, true).getNonEmptyColumns(), (Numbers{0, Size * Size + 1}));
