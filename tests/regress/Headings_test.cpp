@@ -135,10 +135,12 @@ TEST(HeadingsOverADeadLayerHeading, ReportEachUseAndGiveNothing) {
     sketch.Dimension("D", "c d");
     sketch.Rows({0}).Columns({1, 2}).Put({1, 1, 1});
     auto layers = std::make_unique<OmDisplayLayerHeading>(sketch.table, false);
-    auto gone = std::make_unique<OmDisplayRowHeading>(*layers, false, false);
+    auto first = std::make_unique<OmDisplayRowHeading>(*layers, false, false);
+    auto second = std::make_unique<OmDisplayRowHeading>(*layers, false, false);
     OmDisplayColumnHeading columns(*layers, false);
     OmDisplayRowHeading rows(*layers, true, true);
-    gone.reset();
+    second.reset();
+    first.reset();
     layers.reset();
 
     // What a heading keeps itself is still there.
@@ -421,6 +423,25 @@ TEST(HeadingsAtTheLargestInt, SizeBelowZeroIsKeptByTheVectorAlone) {
     dimension.Delete(doomed);
     EXPECT_EQ(sketch.table.SizeVector(), Index{-1});
     EXPECT_EQ(sketch.table.Size(0), 0U);
+}
+
+// Behind the first of them there is no position but 0, and the others do not change that.
+TEST(HeadingsAtTheLargestInt, DimensionsWithoutCategoriesLeaveNoDigitsToLargeNumbers) {
+    TableSketch sketch;
+    sketch.Dimension("D");
+    sketch.Dimension("E");
+    sketch.Dimension("F", "a b");
+    sketch.Columns({0, 1, 2});
+    OmDisplayLayerHeading layers(sketch.table, false);
+    OmDisplayColumnHeading columns(layers, false);
+    EXPECT_EQ(columns.NColumns(), 0);
+    EXPECT_EQ(Labels(columns.ColumnCategories(0)), "a . .");
+    for (int const c : {-1, 1, 2, Most}) {
+        EXPECT_EQ(Labels(columns.ColumnCategories(c)), ". . .");
+        Index index(3, 7);
+        columns.Fill(index, c);
+        EXPECT_EQ(index, Index(3, 7));
+    }
 }
 
 // --- many dimensions -------------------------------------------------------------------------------------------------
