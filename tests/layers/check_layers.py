@@ -92,6 +92,7 @@ FLOORS = {
     "backend/tables/om/detail/AxisIndexer": 5,
     "backend/tables/om/detail/CellPositions": 5,
     "backend/tables/om/detail/DisplayRecord": 5,
+    "backend/tables/om/detail/FirstBelow": 5,
     "backend/tables/om/detail/HeadingLayout": 5,
     "backend/tables/om/detail/LabelTrail": 5,
     "backend/tables/om/detail/LayerLayout": 5,

@@ -2,8 +2,8 @@
 
 #include "backend/tables/om/OmHeading.h"
 #include "backend/tables/om/OmTextBlock.h"
-#include "backend/tables/om/detail/TextParts.h"
 #include "omcell/OmStringCell.h"
+#include "omcell/detail/Belonging.h"
 
 #include <algorithm>
 #include <cstddef>
@@ -18,6 +18,7 @@ template class ListTree<OmOutputPart*>;
 
 namespace {
 
+using om_detail::Belonging;
 using Parts = ListTree<OmOutputPart*>;
 using Position = Parts::Records::iterator;
 
@@ -410,7 +411,8 @@ Parts::Node ReplaceByChildren(Parts& tree, Parts::Node const& node, std::string 
 /// Whether the text is a title below the node, or in one.
 [[maybe_unused]] bool IsTitleBelow(Parts& tree, Parts::Node const& node, OmCellText const& text) {
     for (Position next = std::next(node.Position()); next != tree.List().end() && next->level > node.Level(); ++next) {
-        if (next->value != nullptr && next->value->Title() != nullptr && om_detail::IsIn(text, *next->value->Title())) {
+        if (next->value != nullptr && next->value->Title() != nullptr &&
+            Belonging::BelongsTo(text, *next->value->Title())) {
             return true;
         }
     }
@@ -425,7 +427,7 @@ Parts::Node ReplaceChildren(Parts& tree, Parts::Node const& node, OmCellText con
     // A text of ours may belong to a part that goes, and cannot tell when it is cloned; another one is cloned after the
     // pruning, as it can see.
     std::unique_ptr<OmTextBlock> block;
-    if (om_detail::IsOurs(*text)) {
+    if (Belonging::IsOurs(*text)) {
         block = std::make_unique<OmTextBlock>(*text, codePage);
     } else if (!OM_HARDENED(!IsTitleBelow(tree, node, *text), "text != held", Source, __LINE__)) {
         return node;
