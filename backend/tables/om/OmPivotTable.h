@@ -146,8 +146,8 @@ public:
 
     /// Destroys the cell, if there is one, and the nodes above it that have become empty. The count is not lowered.
     /// O(dimensions); in a part of the table where cells are scattered (the whole when it has one or two dimensions) up
-    /// to a look at each of them, until such looks have come to fifteen for each cell: the part is then made anew, once,
-    /// which costs half a second and 64 MB for a million cells. Throws std::bad_alloc then; no cell has changed.
+    /// to a look at each of them, until such looks have come to fifteen for each cell: the part is then made anew,
+    /// once, which costs half a second and 64 MB for a million cells. Throws std::bad_alloc then; no cell has changed.
     /// REQUIRES: an index of the right length, each subscript inside what was stored (hardened checks
     /// "nind == _my->_dimensions.size()" and "subscript < node length").
     void deleteCell(std::vector<int> const& index);
@@ -391,8 +391,8 @@ public:
     Iterator& operator=(Iterator&& other) noexcept;
     ~Iterator();
 
-    /// Advances to the next stored cell; does nothing once the iteration is over. Throws std::bad_alloc when there is no
-    /// memory to sort scattered cells in; the iteration is over then.
+    /// Advances to the next stored cell; does nothing once the iteration is over. Throws std::bad_alloc when there is
+    /// no memory to sort scattered cells in; the iteration is over then.
     Iterator& operator++();
 
     /// The current cell, owned by the table; null when the iteration is over.
