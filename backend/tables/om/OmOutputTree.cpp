@@ -164,9 +164,7 @@ private:
 class SubtreeDestruction final : public Destruction {
 public:
     SubtreeDestruction(Parts& tree, Position node, int level)
-        : Destruction(tree, node), _size(tree.List().size()), _level(node->level), _bounds{level} {
-        LookAhead();
-    }
+        : Destruction(tree, node), _size(tree.List().size()), _level(node->level), _bounds{level} {}
 
     void Run() {
         while (!IsOver()) {
@@ -184,10 +182,7 @@ public:
     }
 
 private:
-    // Parts are called for in batches, some parts before their turn. They lie wherever the program made them: without
-    // this a prune takes half as long again.
-    static constexpr int Lead = 4;
-    static constexpr int Batch = 8;
+    static constexpr int Distance = 8;
     static constexpr std::uintptr_t Line = 64;
 
     bool IsBelow(Position position, int bound) const {
@@ -207,26 +202,25 @@ private:
 
     void Enter(Position next) {
         _current = next;
-        if (--_calledFor == 0) {
-            LookAhead();
-        }
+        LookAhead();
     }
 
-    /// Walks from the current record, which is there; one kept from before might not be. Parts are not read.
-    void LookAhead() {
-        _calledFor = Batch;
-        Position next = _current;
-        for (int k = 0; k < Lead + Batch; ++k) {
-            ++next;
-            if (!IsBelow(next, _bounds.front())) {
+    /// Calls for the record some places ahead, and for its part; they lie wherever the program made them. The way there
+    /// is walked anew from the current record, because one kept from before might be gone; it is in the nearest cache.
+    /// Parts are not read.
+    void LookAhead() const {
+        Position ahead = _current;
+        for (int k = 0; k < Distance; ++k) {
+            if (++ahead == _tree->List().end()) {
                 return;
             }
-            if (k >= Lead || _current == _node) {
-                // Two lines: the destructor of a text block needs its strings.
-                auto const part = reinterpret_cast<std::uintptr_t>(next->value);
-                __builtin_prefetch(reinterpret_cast<void const*>(part));
-                __builtin_prefetch(reinterpret_cast<void const*>(part + Line));
-            }
+        }
+        // Two lines: the destructor of a text block needs its strings.
+        auto const part = reinterpret_cast<std::uintptr_t>(ahead->value);
+        __builtin_prefetch(reinterpret_cast<void const*>(part));
+        __builtin_prefetch(reinterpret_cast<void const*>(part + Line));
+        if (Position const next = std::next(ahead); next != _tree->List().end()) {
+            __builtin_prefetch(std::to_address(next));
         }
     }
 
@@ -291,9 +285,8 @@ private:
 
     void LoseAll() override { _isOver = _isDisturbed = true; }
 
-    std::size_t _size; ///< of the list, as long as nobody else changes it
-    int _level;        ///< of the node when the call was made; its handle may have said another
-    int _calledFor = Batch;
+    std::size_t _size;         ///< of the list, as long as nobody else changes it
+    int _level;                ///< of the node when the call was made; its handle may have said another
     bool _isChanged = false;   ///< by a destructor; relations are read from the records' levels then
     bool _isDisturbed = false; ///< by the destructor that runs
     bool _hasLost = false;     ///< the record whose part is being destroyed
