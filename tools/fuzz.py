@@ -16,7 +16,7 @@ import sys
 from pathlib import Path
 
 FUZZ = Path(__file__).resolve().parent.parent / "fuzz"
-LONGEST_INPUT = 1000
+LONGEST_INPUT = 1000  # from the first second on: short scripts come to few places
 SECONDS_AN_INPUT = 20
 
 
@@ -31,7 +31,7 @@ class Run:
             folder.mkdir(parents=True, exist_ok=True)
         known = set(self.findings_folder.iterdir())
         command = [program, f"-max_total_time={seconds}", f"-timeout={SECONDS_AN_INPUT}", f"-max_len={LONGEST_INPUT}",
-                   "-print_final_stats=1", f"-artifact_prefix={self.findings_folder}/"]
+                   "-len_control=0", "-print_final_stats=1", f"-artifact_prefix={self.findings_folder}/"]
         if (dictionary := FUZZ / f"{self.name}.dict").exists():
             command.append(f"-dict={dictionary}")
         command.append(own)

@@ -11,6 +11,7 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <optional>
 #include <string>
 #include <utility>
@@ -144,7 +145,12 @@ private:
                 groups.push_back(path);
             }
         }
-        return groups.empty() || _dice.Percent(5) ? AnyNode() : _dice.Pick(groups);
+        if (groups.empty() || _dice.Percent(5)) {
+            return AnyNode();
+        }
+        // Often the deepest, without which trees stay flat.
+        auto const isLess = [](Path const& a, Path const& b) { return a.size() < b.size(); };
+        return _dice.Percent(20) ? *std::max_element(groups.begin(), groups.end(), isLess) : _dice.Pick(groups);
     }
     Path Sibling(Path path) {
         if (!path.empty()) {
