@@ -597,7 +597,7 @@ private:
     OmStringCell _text{"t"};
     int _budget = 0;
     bool _isOver = false;
-    std::unique_ptr<OmOutputTree> _tree = [this] {
+    std::unique_ptr<OmOutputTree> _tree = [] {
         auto tree = std::make_unique<OmOutputTree>();
         Node root = tree->Root();
         tree->Prune(root);
