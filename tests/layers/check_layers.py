@@ -78,7 +78,6 @@ FLOORS = {
     "backend/tables/om/detail/LabelHash": 4,
     "backend/tables/om/detail/PivotTableData": 4,
     "backend/tables/om/detail/PointerVector": 4,
-    "backend/tables/om/detail/TextParts": 4,
     "backend/tables/om/OmAnswerTree": 5,
     "backend/tables/om/OmChart": 5,
     "backend/tables/om/OmDisplayColumnHeading": 5,
