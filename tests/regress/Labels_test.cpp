@@ -144,12 +144,15 @@ TEST(CraftedLabels, AreFoundByBisection) {
 
 // Names that nobody chose for their hashes keep their table.
 TEST(CraftedLabels, OrdinaryLabelsAreNeverRefused) {
-    for (char const* const before : {"", "x", "Question 12, item ", "a somewhat longer label: "}) {
-        for (char const* const behind : {"", " ", " (total)"}) {
-            OmMemoryRegion region(false);
-            LabelHash hash(region);
-            for (int k = 0; k < 60000; ++k) {
-                ASSERT_TRUE(hash.Add(LabelKey(before + std::to_string(k) + behind, k % 2 == 0)));
+    for (char const* const before : {"", "x", "label ", "Question 12, item ", "a somewhat longer label: "}) {
+        for (char const* const behind : {"", " ", " (total)", ", share of all", " of one hundred and more"}) {
+            for (int const first : {0, 10000000}) {
+                OmMemoryRegion region(false);
+                LabelHash hash(region);
+                for (int k = 0; k < 150000; ++k) {
+                    ASSERT_TRUE(hash.Add(LabelKey(before + std::to_string(first + k) + behind, k % 2 == 0)))
+                        << before << first + k << behind;
+                }
             }
         }
     }
@@ -187,6 +190,16 @@ TEST(LabelHashes, CollidingLabelsOfOtherLengthsAreToldApart) {
     for (bool const isLong : {false, true}) {
         EXPECT_GT((pairs[{isLong, false}]), 0);
         EXPECT_GT((pairs[{isLong, true}]), 0);
+    }
+}
+
+TEST(CraftedLabels, MillionNumbersBeforeACommonEndAreNotRefused) {
+    for (char const* const before : {"", "label "}) {
+        OmMemoryRegion region(false);
+        LabelHash hash(region);
+        for (int k = 0; k < 1 << 20; ++k) {
+            ASSERT_TRUE(hash.Add(LabelKey(before + std::to_string(10000000 + k) + " (total)", false))) << k;
+        }
     }
 }
 

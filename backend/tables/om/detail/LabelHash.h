@@ -141,8 +141,8 @@ class LabelHash {
 public:
     /// The most labels that a table can hold.
     static constexpr std::size_t Most = std::size_t{1} << 30;
-    /// The most slots that a search looks at. Rows in a table that is half full, of labels that nobody chose for their
-    /// hashes, stay below 110 up to the largest number of labels.
+    /// The most slots that a search looks at. In a table that is half full, no label of a million that were numbered in
+    /// sixty ordinary ways took more than 64.
     static constexpr std::uint32_t LongestWay = 128;
 
     /// REQUIRES: the region outlives the table.
