@@ -52,6 +52,21 @@ TEST(OmMemoryRegionPages, BlocksStandAtMultiplesOfThirtyTwoWithoutAWordBetween) 
     }
 }
 
+// The allocator's own words, and what it sets aside to look for an even place, fit into what is left of 64 KiB.
+TEST(OmMemoryRegionPages, PageIsTakenShortByWhatTheAllocatorNeedsBetweenTwo) {
+    OmMemoryRegion region(false);
+    FillChunks(region, 64);
+    std::vector<std::size_t> pages;
+    while (pages.size() < 3) {
+        std::size_t const before = region.ReservedBytes();
+        region.Allocate(64);
+        if (region.ReservedBytes() != before) {
+            pages.push_back(region.ReservedBytes() - before);
+        }
+    }
+    EXPECT_EQ(pages, (std::vector<std::size_t>(3, 65536 - 80)));
+}
+
 // 16 bytes are the most that any standard type asks for, and the least that keeps the two kinds of block apart.
 TEST(OmMemoryRegionPages, BlocksOfTheDefaultHeapAndLargeOnesAreNeverTakenForThem) {
     OmMemoryRegion region(false);

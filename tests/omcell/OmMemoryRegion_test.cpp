@@ -136,6 +136,21 @@ TEST(OmMemoryRegion, ManySmallBlocksCostLittleMoreThanTheirBytes) {
     EXPECT_LE(region.ReservedBytes(), 100000U * 64U + (std::size_t{1} << 18));
 }
 
+// 2, 4, 8 ... 64 KiB, and 64 KiB from then on.
+TEST(OmMemoryRegion, ChunksDoubleUpToABound) {
+    OmMemoryRegion region(false);
+    std::vector<std::size_t> chunks;
+    while (chunks.size() < 12) {
+        std::size_t const before = region.ReservedBytes();
+        region.Allocate(16 * (region.LiveBlocks() % 60)); // no size often enough for a page
+        if (region.ReservedBytes() != before) {
+            chunks.push_back(region.ReservedBytes() - before);
+        }
+    }
+    EXPECT_EQ(chunks, (std::vector<std::size_t>{2048, 4096, 8192, 16384, 32768, 65536, 65536, 65536, 65536, 65536,
+                                                65536, 65536}));
+}
+
 // A script of requests and releases of all sizes against a map of what must be there.
 TEST(OmMemoryRegion, LiveBlocksNeverShareAByte) {
     for (std::uint64_t const seed : {7U, 8U, 9U}) {

@@ -1,5 +1,6 @@
 // Defects of cell texts: cost, native stack, and parts that call back.
 #include "omcell/OmBlank.h"
+#include "omcell/OmCellProperties.h"
 #include "omcell/OmComposite.h"
 #include "omcell/OmMessage.h"
 #include "omcell/OmNumber.h"
@@ -7,6 +8,7 @@
 #include "omcell/OmValue.h"
 #include "omcell/OmVariable.h"
 #include "platform/icuTracker.h"
+#include "tests/support/AllocatorMayReturnNull.h"
 #include "tests/support/CapturedOutput.h"
 #include "tests/support/ForeignText.h"
 
@@ -14,7 +16,9 @@
 
 #include <cstddef>
 #include <functional>
+#include <limits>
 #include <memory>
+#include <new>
 #include <pthread.h>
 #include <string>
 #include <utility>
@@ -448,4 +452,156 @@ TEST(OwnText, MayBeGivenToItsHolder) {
     EXPECT_EQ(number.AsFormattedString(), "a symbol that is longer than a small string7");
     EXPECT_EQ(message.Compare(message), 0);
     EXPECT_EQ(text.Compare(text), 0);
+}
+
+// --- copies and places -----------------------------------------------------------------------------------------------
+
+namespace {
+
+/// A program's kind that can be copied.
+class CopyableText final : public OmCellText {
+public:
+    explicit CopyableText(OmMemoryRegion* region) : OmCellText(region) {}
+    CopyableText(CopyableText const&) = default;
+
+    OmMemoryRegion* TheHome() const { return Home(); }
+
+    void Accept(Visitor&) override {}
+    short OrderCode() const override { return 100; }
+    std::string AsString() const override { return "text"; }
+    std::string AsU8String() const override { return "text"; }
+    std::string AsEngString() const override { return "text"; }
+    short Compare(OmCellText const&) const override { return 0; }
+    OmCellText* Clone(OmMemoryRegion* region) const override { return new (region) CopyableText(region); }
+};
+
+struct Throwing final : OmRegionManaged {
+    Throwing() { throw 1; }
+};
+
+} // namespace
+
+TEST(CopiedText, HasItsOwnMetadataNoTrackerAndTheDefaultHeap) {
+    icuTracker tracker({true, "en_US.UTF-8"});
+    OmMemoryRegion arena(false);
+    OmCellMetaData meta;
+    meta.footnotes = {3};
+    for (bool const withMeta : {false, true}) {
+        CopyableText source(&arena);
+        source.setMeta(withMeta ? &meta : nullptr);
+        source.SetTracker(&tracker);
+        CopyableText const copy(source);
+        EXPECT_EQ(source.Tracker(), &tracker);
+        EXPECT_EQ(copy.Tracker(), nullptr);
+        EXPECT_EQ(copy.TheHome(), OmMemoryRegion::DefaultHeap());
+        EXPECT_EQ(copy.hasMeta(), withMeta);
+        source.setMeta(nullptr);
+        EXPECT_EQ(copy.Footnotes(), withMeta ? std::vector<short>{3} : std::vector<short>());
+        EXPECT_EQ(copy.TheHome(), OmMemoryRegion::DefaultHeap());
+    }
+    arena.WorkingRelease(false); // nothing of the copies is known to it
+}
+
+TEST(PlacedText, StandsWhereItWasPutAndIsNotGivenBack) {
+    alignas(OmNumber) unsigned char storage[sizeof(OmNumber)];
+    void* const place = storage;
+    OmNumber* const number = new (place) OmNumber(2.5);
+    EXPECT_EQ(static_cast<void*>(number), place);
+    EXPECT_EQ(number->AsString(), "2.5");
+    number->~OmNumber();
+    EXPECT_THROW(new (place) Throwing(), int); // nothing is released either
+}
+
+// --- records of a cell -----------------------------------------------------------------------------------------------
+
+TEST(CellRecords, CompareEveryField) {
+    using Change = std::function<void(OmCellMetaData&)>;
+    for (Change const& change : {Change([](OmCellMetaData& meta) { meta.footnotes = {1}; }),
+                                 Change([](OmCellMetaData& meta) { meta.markers = {"a"}; }),
+                                 Change([](OmCellMetaData& meta) { meta.style = 0; })}) {
+        OmCellMetaData const plain;
+        OmCellMetaData changed;
+        EXPECT_TRUE(plain == changed);
+        EXPECT_FALSE(plain != changed);
+        change(changed);
+        EXPECT_FALSE(plain == changed);
+        EXPECT_TRUE(plain != changed);
+        EXPECT_TRUE(changed == OmCellMetaData(changed));
+    }
+    using Restyle = std::function<void(OmCellProperties&)>;
+    for (Restyle const& change : {Restyle([](OmCellProperties& style) { style.foreground = "#102030"; }),
+                                  Restyle([](OmCellProperties& style) { style.background = "#102030"; }),
+                                  Restyle([](OmCellProperties& style) { style.font = "Serif"; }),
+                                  Restyle([](OmCellProperties& style) { style.alignment = 0; })}) {
+        OmCellProperties const plain;
+        OmCellProperties changed;
+        EXPECT_TRUE(plain == changed);
+        EXPECT_FALSE(plain != changed);
+        change(changed);
+        EXPECT_FALSE(plain == changed);
+        EXPECT_TRUE(plain != changed);
+        EXPECT_TRUE(changed == OmCellProperties(changed));
+    }
+}
+
+// --- ends of patterns ------------------------------------------------------------------------------------------------
+
+// A slot that the pattern's end cuts off must not be closed by what lies behind the pattern.
+TEST(MessagePattern, IsNotReadBeyondItsEnd) {
+    std::string const whole = "a pattern of a size that nothing else here has, and so served from one block: {12}";
+    OmMemoryRegion arena(false);
+    for (std::size_t missing = 0; missing <= 4; ++missing) {
+        { OmMessage const before(whole, &arena); }
+        OmMessage message(whole.substr(0, whole.size() - missing), &arena);
+        message.Fill(1, OmStringCell("one"));
+        message.Fill(12, OmStringCell("twelve"));
+        std::string const start = whole.substr(0, whole.size() - 4);
+        EXPECT_EQ(message.AsString(), missing == 0 ? start + "twelve" : whole.substr(0, whole.size() - missing));
+    }
+}
+
+// --- largest numbers -------------------------------------------------------------------------------------------------
+
+TEST(LargestNumbers, AreTakenByFormatsSlotsAndRegions) {
+    constexpr int Most = std::numeric_limits<int>::max();
+    constexpr int Least = std::numeric_limits<int>::min();
+    for (int type = -1; type <= 5; ++type) {
+        for (double const value : {0.0, -2.5, 1e308, 5e-324, 0.1}) {
+            OmNumber number(value, {static_cast<OmNumber::FormatType>(type), Most, U'.', 0, ""});
+            EXPECT_LT(number.AsFormattedString().size(), 1500U);
+            number.setFormat({static_cast<OmNumber::FormatType>(type), Least, U'.', 0, ""});
+            EXPECT_LT(number.AsFormattedString().size(), 400U);
+        }
+    }
+    OmMessage message("{18446744073709551615}{18446744073709551616}");
+    message.Fill(std::numeric_limits<std::size_t>::max(), OmStringCell("last"));
+    EXPECT_EQ(message.AsString(), "last{18446744073709551616}");
+    OmMemoryRegion arena(false);
+    constexpr std::size_t MostBytes = std::numeric_limits<std::size_t>::max();
+    for (std::size_t less = 0; less < 200; ++less) {
+        EXPECT_THROW(arena.Allocate(MostBytes - less), std::bad_alloc);
+        EXPECT_THROW(arena.Allocate(MostBytes / 2 - less), std::bad_alloc);
+        EXPECT_THROW(OmMemoryRegion::DefaultHeap()->Allocate(MostBytes - less), std::bad_alloc);
+        EXPECT_THROW(OmMemoryRegion::DefaultHeap()->Allocate(MostBytes / 2 - less), std::bad_alloc);
+    }
+    EXPECT_EQ(arena.ReservedBytes(), 0U);
+}
+
+TEST(SweptRegion, MayBeSweptAgain) {
+    OmMemoryRegion arena(false);
+    OmCellMetaData meta;
+    meta.markers = {"a marker that does not lie within the string object, being too long"};
+    OmStringCell* const first = new (&arena) OmStringCell("first", &arena);
+    first->setMeta(&meta);
+    arena.WorkingRelease(false);
+    EXPECT_FALSE(first->hasMeta());
+    first->setMeta(&meta); // known to the region again
+    OmStringCell* const second = new (&arena) OmStringCell("second", &arena);
+    arena.WorkingRelease(true);
+    arena.WorkingRelease(false);
+    EXPECT_EQ(arena.LiveBlocks(), 0U);
+    EXPECT_FALSE(first->hasMeta());
+    EXPECT_EQ(first->AsString() + second->AsString(), "firstsecond");
+    delete first;
+    OmMemoryRegion::Release(nullptr);
 }
