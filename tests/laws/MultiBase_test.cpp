@@ -13,7 +13,7 @@ struct Place {
     Digits bases = *rc::gen::mapcat(rc::gen::inRange<std::size_t>(1, 6), [](std::size_t count) {
         return rc::gen::container<Digits>(
             count,
-            rc::gen::weightedOneOf<std::uint32_t>({{4, rc::gen::inRange(1U, 10U)}, {1, rc::gen::inRange(1U, 2000U)}}));
+            rc::gen::weightedOneOf<std::uint32_t>({{1, rc::gen::inRange(1U, 10U)}, {1, rc::gen::inRange(1U, 5000U)}}));
     });
     MultiBase index{bases.begin(), bases.end()};
 };

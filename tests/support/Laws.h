@@ -14,7 +14,7 @@
 namespace omtest {
 
 /// Without a wish from outside, the same cases in every run. Read when the first law is tried.
-inline int const LawParameters = ::setenv("RC_PARAMS", "seed=20261122 max_success=2000", 0);
+inline int const LawParameters = ::setenv("RC_PARAMS", "seed=20261122 max_success=500", 0);
 
 } // namespace omtest
 
