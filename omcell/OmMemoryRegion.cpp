@@ -106,6 +106,56 @@ T* ReadWord(void const* word) {
     return value;
 }
 
+#if defined(OM_ADDRESS_SANITIZER)
+
+// Owner words are poisoned while nobody looks at them, so that a program that writes in front of its block is told.
+using AnyWord [[gnu::may_alias]] = std::uintptr_t;
+
+[[gnu::no_sanitize_address, gnu::noinline]] std::uintptr_t Peek(void const* word) {
+    return *static_cast<AnyWord const*>(word);
+}
+[[gnu::no_sanitize_address, gnu::noinline]] void Put(void* word, std::uintptr_t value) {
+    *static_cast<AnyWord*>(word) = value;
+}
+
+template <typename T>
+T* ReadOwner(void const* word) {
+    return reinterpret_cast<T*>(Peek(word));
+}
+
+// A released block is marked in a word that its link leaves alone, and closed; one that is handed out may have either
+// there, never both.
+constexpr std::uintptr_t ReleasedMark = 0x6465'7361'656c'6572;
+
+void* MarkOf(void* block) { return static_cast<char*>(block) + Word; }
+void MarkReleased(void* block) { Put(MarkOf(block), ReleasedMark); }
+void MarkTaken(void* block) { Put(MarkOf(block), 0); }
+bool IsReleased(void* block) {
+    return __asan_address_is_poisoned(MarkOf(block)) != 0 && Peek(MarkOf(block)) == ReleasedMark;
+}
+
+void CloseWord(void* word) { ASAN_POISON_MEMORY_REGION(word, Word); }
+
+// Whoever releases a block twice reads from it first, so that the sanitizer tells of the second time.
+void RequireTaken(void* block) {
+    if (IsReleased(block)) {
+        static_cast<void>(*static_cast<char volatile*>(block));
+    }
+}
+
+#else
+
+template <typename T>
+T* ReadOwner(void const* word) {
+    return ReadWord<T>(word);
+}
+void CloseWord(void*) {}
+void MarkReleased(void*) {}
+void MarkTaken(void*) {}
+void RequireTaken(void*) {}
+
+#endif
+
 std::size_t SumOrThrow(std::size_t bytes, std::size_t extra) {
     if (bytes > std::numeric_limits<std::size_t>::max() - extra) {
         throw std::bad_alloc();
@@ -187,6 +237,7 @@ void* OmMemoryRegion::Allocate(std::size_t bytes) {
         WriteWord(block - Word, reinterpret_cast<void*>(shift / WordBit));
         if (_watched) {
             Poison(block + wanted, WordBit - shift);
+            CloseWord(block - Word);
         }
         return block;
     }
@@ -211,6 +262,7 @@ void* OmMemoryRegion::Allocate(std::size_t bytes) {
     }
     if (_watched) {
         Poison(block, Word);
+        MarkTaken(block);
         Unpoison(block, bytes);
     }
     return block;
@@ -221,7 +273,7 @@ void* OmMemoryRegion::AllocateFromChunk(PageClass& kind, std::size_t bytes) {
     WordClass& words = _wordClasses[(bytes + Word - 1) / Stride];
     char* word = static_cast<char*>(words.released);
     if (word != nullptr) {
-        words.released = ReadWord<void>(word);
+        words.released = ReadOwner<void>(word);
     } else if (kind.beforePages == 0) {
         AddPage(kind);
         return Allocate(bytes);
@@ -238,6 +290,10 @@ void* OmMemoryRegion::AllocateFromChunk(PageClass& kind, std::size_t bytes) {
         Unpoison(word, Word + bytes);
     }
     WriteWord(word, &words.owner);
+    if (_watched) {
+        CloseWord(word);
+        MarkTaken(word + Word);
+    }
     ++_live.blocks;
     _live.bytes += words.owner.payload;
     return word + Word;
@@ -255,6 +311,7 @@ void* OmMemoryRegion::AllocateLarge(std::size_t bytes) {
     _large = block;
     if (_watched) {
         Poison(reinterpret_cast<char*>(block + 1) + bytes, WordBit - ToEvenPlace(start));
+        CloseWord(&block->word);
     }
     ++_live.blocks;
     _live.bytes += bytes;
@@ -302,13 +359,14 @@ void OmMemoryRegion::Release(void* block) {
     if (block == nullptr) {
         return;
     }
+    RequireTaken(block);
     if (!HasWord(block)) {
         Page const& page = *Page::Of(block);
         page.region->ReleaseInPage(page, block);
         return;
     }
     char* const word = static_cast<char*>(block) - Word;
-    Owner* const owner = ReadWord<Owner>(word);
+    Owner* const owner = ReadOwner<Owner>(word);
     if (AddressOf(owner) <= 1) {
         std::free(static_cast<char*>(block) - WordBit - AddressOf(owner) * WordBit);
         return;
@@ -335,15 +393,21 @@ void OmMemoryRegion::ReleaseInPage(Page const& page, void* block) {
     kind.released = block;
     ++kind.back;
     if (_watched) {
+        MarkReleased(block);
         Poison(block, (page.sizeClass + 1) * Stride);
     }
 }
 
 void OmMemoryRegion::ReleaseSmall(Owner& owner, void* word) {
     WordClass& kind = _wordClasses[owner.payload / Stride];
+    if (_watched) {
+        Reveal(word);
+    }
     WriteWord(word, kind.released);
     kind.released = word;
     if (_watched) {
+        MarkReleased(static_cast<char*>(word) + Word);
+        CloseWord(word);
         Poison(static_cast<char*>(word) + Word, owner.payload);
     }
     --_live.blocks;
