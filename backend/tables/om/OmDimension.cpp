@@ -188,6 +188,7 @@ OmDimension::Node OmDimension::Append(Node const& parent, OmStringCell const& te
 }
 
 OmDimension::Node OmDimension::Child(Node const& parent, OmDimensionNode const& value) {
+    _tree.CheckHolds(parent);
     RequireGroup(parent.Value());
     OmStringCell const* const plain = PlainText::Of(value.Text());
     if (plain == nullptr) {
@@ -202,6 +203,7 @@ OmDimension::Node OmDimension::Child(Node const& parent, OmDimensionNode const& 
 // call takes, the more of the next one's waiting overlaps with it.
 OmDimension::Node OmDimension::Child(Node const& parent, OmCellText const& text, unsigned long long subscript,
                                      bool isGroup) {
+    _tree.CheckHolds(parent);
     OmStringCell const* const plain = PlainText::Of(&text);
     TreeNode const* const above = parent.Ptr();
     LabelHash const* const hash = ChildIndex::HashOf(above->value._childIndex);
@@ -328,6 +330,7 @@ bool OmDimension::TryToHash(TreeNode& parent) const {
 
 OmDimension::Node OmDimension::AddNewChild(Node const& parent, OmCellText const& text, unsigned long long subscript,
                                            bool isGroup) {
+    _tree.CheckHolds(parent);
     OmDimensionNode const value(text, subscript, isGroup, nullptr);
     OmDimensionNode copy(value, &Region());
     SetTracker(copy, TrackerOf(parent.Value()));

@@ -42,8 +42,11 @@
 /// Handles (`Node`, `ConstNode`) are a node pointer and a depth, copied freely. A handle is valid until the children
 /// vector that holds its node changes (any insertion, erasure or move relocates elements); re-fetch it from the root.
 /// A build with OMTREE_CHECK_HANDLES=1 counts the changes of every children vector and lets the handles that `Child`,
-/// `Parent`, `AddChild` and the ranges give remember the count; a stale one is reported at its first use ("handle is
-/// not stale", source `backend/tables/om/VectorTree`). A handle made of a bare pointer is not followed.
+/// `Parent`, `AddChild` and the ranges give remember the count; a stale one is reported at its first use ("stale
+/// handle: the children around its node have changed, fetch it from the root again", source
+/// `backend/tables/om/VectorTree`). So are a child that the node does not have ("no such child") and, by whoever asks
+/// with `CheckHolds`, a handle of another tree ("handle of another tree"). A handle made of a bare pointer is not
+/// followed.
 ///
 /// REQUIRES of T: copyable; when T can be made from (T const&, OmMemoryRegion*), copies below the root are made that
 /// way.
@@ -150,6 +153,17 @@ public:
 
     /// The tree's region; never null, not owned.
     OmMemoryRegion* Region() const { return _root.children.Region(); }
+
+    /// For whoever is handed a handle that must be this tree's own: in a checking build one of another tree is
+    /// reported. O(depth) there, nothing elsewhere.
+#if OMTREE_CHECK_HANDLES
+    void CheckHolds(ConstNode const& node) const {
+        node.CheckFresh();
+        OM_ASSERT(node.StandsUnder(_root), "handle of another tree", "backend/tables/om/VectorTree", __LINE__);
+    }
+#else
+    void CheckHolds(ConstNode const&) const {}
+#endif
 
     /// Appends a copy of `value` as the last child of `parent` and returns a handle to it. Invalidates the handles to
     /// parent's other children. Amortised O(1), plus the children and grandchildren of `parent` when its storage moves.
@@ -293,6 +307,7 @@ public:
     std::size_t ChildCount() const { return Ptr()->children.size(); }
     /// Child number k. REQUIRES: k < ChildCount().
     ConstNode Child(std::size_t k) const {
+        CheckHasChild(k);
         ConstNode child(Ptr()->children.data() + k, _depth + 1);
         child.WatchBelow(*_node);
         return child;
@@ -319,6 +334,7 @@ public:
 
 private:
     friend class Node;
+    friend class OmVectorTree;
 
 #if OMTREE_CHECK_HANDLES
     void WatchBelow(TreeNode const& parent) { Watch(parent.epoch); }
@@ -333,8 +349,23 @@ private:
         _seen = _epoch != nullptr ? _epoch->changes : 0;
     }
     void CheckFresh() const {
-        OM_ASSERT(_epoch == nullptr || _epoch->changes == _seen, "handle is not stale", "backend/tables/om/VectorTree",
-                  __LINE__);
+        OM_ASSERT(_epoch == nullptr || _epoch->changes == _seen,
+                  "stale handle: the children around its node have changed, fetch it from the root again",
+                  "backend/tables/om/VectorTree", __LINE__);
+    }
+    void CheckHasChild(std::size_t k) const {
+        OM_ASSERT(k < Ptr()->children.size(), "no such child", "backend/tables/om/VectorTree", __LINE__);
+    }
+    // Over the epochs, as a stale handle or parent pointer leads anywhere.
+    bool StandsUnder(TreeNode const& root) const {
+        if (_epoch == nullptr) {
+            return _depth > 0 || _node == &root;
+        }
+        std::shared_ptr<Epoch const> top = _epoch;
+        while (std::shared_ptr<Epoch const> const above = top->above.lock()) {
+            top = above;
+        }
+        return top == root.epoch;
     }
     std::shared_ptr<Epoch const> _epoch; ///< of the children vector that holds the node; null when not followed
     std::uint64_t _seen = 0;
@@ -342,6 +373,7 @@ private:
     void WatchBelow(TreeNode const&) {}
     void WatchAbove(ConstNode const&) {}
     void CheckFresh() const {}
+    void CheckHasChild(std::size_t) const {}
 #endif
 
     TreeNode const* _node = nullptr;

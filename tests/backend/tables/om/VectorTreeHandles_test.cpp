@@ -63,7 +63,8 @@ bool IsReported(ConstNode const& handle) {
         return false;
     }
     EXPECT_EQ(caught.Failures().size(), 1U);
-    EXPECT_EQ(caught.Failures()[0].condition, "handle is not stale");
+    EXPECT_EQ(caught.Failures()[0].condition,
+              "stale handle: the children around its node have changed, fetch it from the root again");
     EXPECT_EQ(caught.Failures()[0].source, "backend/tables/om/VectorTree");
     return true;
 }
@@ -240,6 +241,44 @@ TEST_F(VectorTreeHandles, HandlerThatReturnsLetsTheCallCarryOn) {
     EXPECT_EQ(caught.Failures().size(), 1U);
 }
 
+TEST_F(VectorTreeHandles, ChildThatIsNotThereIsReported) {
+    AssertionCatcher caught(AfterReport::Return);
+    One().Child(1);
+    EXPECT_EQ(caught.Failures().size(), 0U);
+    One().Child(2);
+    ASSERT_EQ(caught.Failures().size(), 1U);
+    EXPECT_EQ(caught.Failures()[0].condition, "no such child");
+    EXPECT_EQ(caught.Failures()[0].source, "backend/tables/om/VectorTree");
+}
+
+TEST_F(VectorTreeHandles, HandleOfAnotherTreeIsReportedToWhoeverAsks) {
+    Tree other(nullptr, Category{0});
+    Node const child = other.AddChild(other.Root(), {1});
+    std::vector<Node> const foreign{other.Root(), child, other.AddChild(child, {2})};
+    AssertionCatcher caught(AfterReport::Return);
+    for (Node const& own : {tree.Root(), One(), Four(), Node(Four().Ptr(), 3)}) {
+        tree.CheckHolds(own);
+    }
+    EXPECT_EQ(caught.Failures().size(), 0U);
+    for (Node const& node : foreign) {
+        tree.CheckHolds(node);
+        ASSERT_EQ(caught.Failures().size(), 1U + static_cast<std::size_t>(&node - foreign.data()));
+        EXPECT_EQ(caught.Failures().back().condition, "handle of another tree");
+    }
+}
+
+TEST_F(VectorTreeHandles, MovedSubtreeBelongsToTheTreeThatTookIt) {
+    Tree other(nullptr, Category{0});
+    other.AddChild(other.Root(), {1});
+    Tree::InsertAt(other.Root(), Tree::CopySubtree(One(), nullptr, nullptr), 0);
+    Tree::Reparent(other.Root(), true);
+    AssertionCatcher caught(AfterReport::Return);
+    other.CheckHolds(other.Root().Child(0).Child(1).Child(0));
+    EXPECT_EQ(caught.Failures().size(), 0U);
+    tree.CheckHolds(other.Root().Child(0).Child(1).Child(0));
+    EXPECT_EQ(caught.Failures().size(), 1U);
+}
+
 TEST_F(VectorTreeHandles, DeepHandleOutlivesItsTreeWithoutDeepRecursion) {
     ConstNode deepest;
     {
@@ -258,5 +297,6 @@ TEST(VectorTreeHandlesDeathTest, StaleHandleEndsTheProcessByDefault) {
     Node const stale = tree.AddChild(tree.Root(), {1});
     tree.AddChild(tree.Root(), {2});
     EXPECT_EXIT(stale.Value(), ::testing::KilledBySignal(SIGABRT),
-                "backend/tables/om/VectorTree:[0-9]+: handle is not stale\n");
+                "backend/tables/om/VectorTree:[0-9]+: stale handle: the children around its node have changed, fetch "
+                "it from the root again\n");
 }
