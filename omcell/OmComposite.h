@@ -1,6 +1,7 @@
 #ifndef OMTREE_OMCELL_OMCOMPOSITE_H
 #define OMTREE_OMCELL_OMCOMPOSITE_H
 
+#include "backend/tables/om/HandleLayout.h"
 #include "backend/tables/om/VectorTree.h"
 #include "omcell/Export.h"
 #include "omcell/OmPartedText.h"

@@ -39,6 +39,7 @@ FLOORS = {
     "backend/tables/ListTree": 2,
     "backend/tables/MultiBase": 2,
     "backend/tables/PuppetVector": 2,
+    "backend/tables/om/HandleLayout": 2,
     "backend/tables/om/OmVector": 2,
     "backend/tables/om/VectorTree": 2,
     "omcell/OmBlank": 3,

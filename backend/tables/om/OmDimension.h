@@ -2,6 +2,7 @@
 #define OMTREE_BACKEND_TABLES_OM_OMDIMENSION_H
 
 #include "backend/tables/Export.h"
+#include "backend/tables/om/HandleLayout.h"
 #include "backend/tables/om/OmDimensionNode.h"
 #include "backend/tables/om/VectorTree.h"
 
