@@ -4,8 +4,9 @@ JOBS ?= $(shell nproc)
 # What the benchmarks are written with, and the rivals.
 BENCHMARK_PACKAGES = libbenchmark-dev libabsl-dev libboost1.81-dev libmimalloc-dev
 
-.PHONY: demo test asan tsan memcheck coverage mutation fuzz clang tidy format-check bench bench-growth bench-programs \
-        instructions clean setup
+.PHONY: demo test asan misuse tsan memcheck coverage mutation fuzz clang tidy format-check bench bench-growth \
+        bench-programs instructions clean setup
+
 
 demo: setup
 	cmake --preset release
@@ -22,6 +23,16 @@ asan: setup
 	cmake --preset asan-ubsan
 	cmake --build --preset asan-ubsan -j $(JOBS)
 	ctest --preset asan-ubsan -j $(JOBS)
+
+# Programs that misuse the library, each in the builds that catch it: tests/misuse/cases.cmake.
+MISUSE_PRESETS = release debug asan-ubsan
+
+misuse: setup $(MISUSE_PRESETS:%=misuse-in-%)
+
+misuse-in-%: setup
+	cmake --preset $*
+	cmake --build --preset $* -j $(JOBS) --target misuse
+	ctest --preset $* -j $(JOBS) -R '^misuse'
 
 # Documents on threads of their own.
 tsan: setup
