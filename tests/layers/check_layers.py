@@ -71,7 +71,6 @@ FLOORS = {
     "backend/tables/om/OmSort": 4,
     "backend/tables/om/detail/CellCursor": 4,
     "backend/tables/om/detail/ChildIndex": 4,
-    "backend/tables/om/detail/FirstBelow": 4,
     "backend/tables/om/detail/CellProjection": 4,
     "backend/tables/om/detail/CellStore": 4,
     "backend/tables/om/detail/Dump": 4,

@@ -6,7 +6,6 @@
 #include "omcell/OmMemoryRegion.h"
 
 #include <algorithm>
-#include <atomic>
 #include <cstddef>
 #include <cstdint>
 #include <cstring>
@@ -74,9 +73,9 @@ std::size_t WithoutPosition(Entries&& entries, std::size_t size, std::size_t rem
 /// the entries would be, had they been kept sorted all along, depends on the labels as they are before the change. The
 /// hash knows these by itself, so settling looks at no node.
 ///
-/// Readers that need the entries beside a hash share a sorted list of them, which the first one leaves there. It is
-/// the one thing that operations of the constant form write, so it is handed over by an atomic pointer and lives in the
-/// default heap; children that are added later are sorted in when somebody asks again.
+/// Readers that need the entries beside a hash share a sorted list of them, which the first one leaves there; children
+/// that are added later are sorted in when somebody asks again. It is the one thing that operations of the constant
+/// form write, and lives in the default heap, whose books it cannot upset.
 ///
 /// Labels that crowd on one place of the hash (see LabelHash) are never hashed again.
 ///
@@ -116,9 +115,8 @@ public:
 
     static std::size_t SizeOf(ChildIndex const* index) { return index != nullptr ? index->_size : 0; }
 
-    /// The entries as settling would make them; they stay valid until the index changes. Any number of readers may ask
-    /// at once. While there is a hash, O(log size) for each child that was added since somebody asked, and O(size) when
-    /// there is one. Throws std::bad_alloc.
+    /// The entries as settling would make them; they stay valid until the index changes. While there is a hash, O(log
+    /// size) for each child that was added since somebody asked, and O(size) when there is one. Throws std::bad_alloc.
     static Entries EntriesOf(ChildIndex const* index) {
         if (index == nullptr) {
             return {nullptr, nullptr};
@@ -176,7 +174,6 @@ public:
     /// REQUIRES: there is a hash, and the label is not in it.
     static bool Add(ChildIndex*& index, LabelKey const& key, OmMemoryRegion* region) {
         MakeRoom(index, region);
-        index->_hash->ForgetOlderEntries();
         try {
             if (index->_hash->Add(key)) {
                 ++index->_size;
@@ -190,6 +187,7 @@ public:
     }
     /// Undoes the last `Add`.
     void TakeBack(LabelKey const& key) {
+        OmMemoryRegion::Release(std::exchange(_hash->sorted, nullptr)); // somebody may have asked meanwhile
         _hash->TakeBack(key);
         --_size;
     }
@@ -240,7 +238,6 @@ public:
 private:
     /// Sorted entries for readers.
     struct Sorted {
-        Sorted* older; ///< other readers may still be reading that
         std::size_t size;
 
         int* First() { return reinterpret_cast<int*>(this + 1); }
@@ -250,49 +247,29 @@ private:
         Watching(ChildIndex& index, OmMemoryRegion& itsRegion) : LabelHash(itsRegion), owner(&index) {
             settle = [](OmMemoryRegion::Watcher& self) { Settle(static_cast<Watching&>(self).owner); };
         }
-        ~Watching() { ReleaseAll(sorted.load(std::memory_order_relaxed)); }
+        ~Watching() { OmMemoryRegion::Release(sorted); }
 
         int const* SortedEntries() const {
-            Sorted* known = sorted.load(std::memory_order_acquire);
-            if (known != nullptr && known->size == Size()) {
-                return known->First();
+            if (sorted == nullptr || sorted->size != Size()) {
+                std::size_t const bytes = sizeof(Sorted) + Size() * sizeof(int);
+                Sorted* const made = ::new (OmMemoryRegion::DefaultHeap()->Allocate(bytes)) Sorted{Size()};
+                SortWithKnown(made->First());
+                OmMemoryRegion::Release(std::exchange(sorted, made));
             }
-            Sorted* const made = ::new (OmMemoryRegion::DefaultHeap()->Allocate(sizeof(Sorted) + Size() * sizeof(int)))
-                Sorted{known, Size()};
-            SortWithKnown(made->First());
-            if (sorted.compare_exchange_strong(known, made, std::memory_order_acq_rel)) {
-                return made->First();
-            }
-            OmMemoryRegion::Release(made);
-            return known->First();
+            return sorted->First();
         }
 
         /// Writes all entries to `out`, with what readers have sorted already.
         void SortWithKnown(int* out) const {
-            Sorted* const known = sorted.load(std::memory_order_acquire);
-            if (known != nullptr) {
-                SortInto(out, known->First(), known->size);
+            if (sorted != nullptr) {
+                SortInto(out, sorted->First(), sorted->size);
             } else {
                 SortInto(out);
             }
         }
 
-        /// For whoever changes the index: no reader is about.
-        void ForgetOlderEntries() {
-            Sorted* const known = sorted.load(std::memory_order_relaxed);
-            if (known != nullptr) {
-                ReleaseAll(std::exchange(known->older, nullptr));
-            }
-        }
-
-        static void ReleaseAll(Sorted* newest) {
-            while (newest != nullptr) {
-                OmMemoryRegion::Release(std::exchange(newest, newest->older));
-            }
-        }
-
         ChildIndex* owner; ///< follows the block when that moves
-        mutable std::atomic<Sorted*> sorted{nullptr};
+        mutable Sorted* sorted = nullptr;
     };
 
     explicit ChildIndex(std::size_t room) : _room(room) {}
