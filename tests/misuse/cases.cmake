@@ -71,7 +71,6 @@ omtree_misuse(root_of_the_copied_dimension
     CHECKED "${foreign}")
 omtree_misuse(counterpart_in_another_shape
     "Counterpart leads past the children of a smaller dimension"
-    CHECKED "backend/tables/om/VectorTree: no such child"
     SANITIZED "use-after-poison")
 omtree_misuse(counterpart_after_Delete
     "Counterpart goes over parent pointers that Delete left stale"

@@ -241,16 +241,6 @@ TEST_F(VectorTreeHandles, HandlerThatReturnsLetsTheCallCarryOn) {
     EXPECT_EQ(caught.Failures().size(), 1U);
 }
 
-TEST_F(VectorTreeHandles, ChildThatIsNotThereIsReported) {
-    AssertionCatcher caught(AfterReport::Return);
-    One().Child(1);
-    EXPECT_EQ(caught.Failures().size(), 0U);
-    One().Child(2);
-    ASSERT_EQ(caught.Failures().size(), 1U);
-    EXPECT_EQ(caught.Failures()[0].condition, "no such child");
-    EXPECT_EQ(caught.Failures()[0].source, "backend/tables/om/VectorTree");
-}
-
 TEST_F(VectorTreeHandles, HandleOfAnotherTreeIsReportedToWhoeverAsks) {
     Tree other(nullptr, Category{0});
     Node const child = other.AddChild(other.Root(), {1});
