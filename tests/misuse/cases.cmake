@@ -139,7 +139,7 @@ omtree_misuse(large_block_underrun
     SANITIZED "use-after-poison")
 omtree_misuse(block_of_the_default_heap_overrun
     "one byte behind a block of the default heap is written"
-    SANITIZED "use-after-poison")
+    SANITIZED "use-after-poison|heap-buffer-overflow")
 omtree_misuse(block_of_the_default_heap_underrun
     "one byte in front of a block of the default heap is written"
     SANITIZED "use-after-poison")

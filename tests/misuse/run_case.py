@@ -5,7 +5,8 @@
 
     CHECKED, REPORTED, HARDENED   the program aborts, and all that it wrote to standard error is one line,
                                   `source:line: condition`, where TEXT is `source: condition`
-    SANITIZED                     the sanitizer ends it, with TEXT in the first line of its report
+    SANITIZED                     the sanitizer ends it, with TEXT, or one of them with bars between, in the first line of its
+                                  report
     WELL                          the program ends well and writes nothing to standard error; TEXT is empty
 
 Ends with status 1, and with what was seen, when it comes out otherwise.
@@ -39,7 +40,7 @@ def is_caught(catcher, text, status, errors):
         return status == -signal.SIGABRT and is_report(text, errors)
     if catcher == "SANITIZED":
         first = next((line for line in errors.splitlines() if FIRST_OF_REPORT.search(line)), "")
-        return status == SANITIZER_STATUS and text != "" and text in first
+        return status == SANITIZER_STATUS and any(each != "" and each in first for each in text.split("|"))
     return False
 
 

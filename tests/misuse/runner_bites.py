@@ -25,6 +25,8 @@ CASES = [
     ("aborts silently", "CHECKED", "some/Source: it holds", ABORT.format(""), False),
     ("a sanitizer's report", "SANITIZED", "use-after-poison", END.format(ASAN, 86), True),
     ("another error", "SANITIZED", "double-free", END.format(ASAN, 86), False),
+    ("one of two", "SANITIZED", "double-free|use-after-poison", END.format(ASAN, 86), True),
+    ("none of two", "SANITIZED", "double-free|", END.format(ASAN, 86), False),
     ("not the first error", "SANITIZED", "use-after-poison", END.format(UBSAN + ASAN, 86), False),
     ("undefined behaviour", "SANITIZED", "null pointer", END.format(UBSAN, 86), True),
     ("the report alone", "SANITIZED", "use-after-poison", END.format(ASAN, 0), False),
