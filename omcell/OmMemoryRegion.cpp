@@ -286,7 +286,7 @@ void* OmMemoryRegion::AllocateFromChunk(PageClass& kind, std::size_t bytes) {
         word = _bump;
         _bump += stride;
     }
-    if (!_watched) {
+    if (_watched) {
         Unpoison(word, Word + bytes);
     }
     WriteWord(word, &words.owner);
@@ -327,7 +327,7 @@ void OmMemoryRegion::AddChunk() {
     char* const behind = reinterpret_cast<char*>(chunk + 1);
     _bump = behind + ToEvenPlace(behind) + Word;
     _limit = reinterpret_cast<char*>(chunk) + _nextChunkBytes;
-    if (!_watched) {
+    if (_watched) {
         Poison(chunk + 1, _nextChunkBytes - sizeof(Chunk));
     }
     _reservedBytes += _nextChunkBytes;
