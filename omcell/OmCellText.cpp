@@ -43,7 +43,7 @@ void AppendList(std::string& line, char const* title, List const& list) {
 
 } // namespace
 
-OmCellText::OmCellText(OmCellText const& other) : OmRegionManaged(), _meta(0) { setMeta(other.getMeta()); }
+OmCellText::OmCellText(OmCellText const& other) : OmRegionManaged() { setMeta(other.getMeta()); }
 
 OmCellText::~OmCellText() {
     if (hasMeta()) {

@@ -146,7 +146,7 @@ private:
     /// One word for two things, as few texts have a record: the address of the record, which knows the home; or, while
     /// there is none, the home with its lowest bit set; or 0, no record and the default heap. A word less a cell is an
     /// eighth of what a short string cell takes.
-    std::uintptr_t _meta;
+    std::uintptr_t _meta = 0;
 
 protected:
     icuTracker* _tracker = nullptr;

@@ -57,7 +57,11 @@ short OmComposite::OrderCode() const { return Order; }
 OmComposite::Tree::Node OmComposite::Append(Tree::Node const& parent, OmCellText const& text) {
     // Taken off the list on every way out.
     struct Listed : Waiting {
-        Listed(TreeNode* node, Waiting*& first) : Waiting{node, first}, innermost(first) { first = this; }
+        Listed(TreeNode* node, Waiting*& first) : innermost(first) {
+            parent = node;
+            outer = first;
+            first = this;
+        }
         ~Listed() { innermost = outer; }
         Listed(Listed const&) = delete;
         Listed& operator=(Listed const&) = delete;

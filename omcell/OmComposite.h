@@ -71,8 +71,8 @@ private:
 
     /// A call of `Append` that waits for a clone, and follows the node that it appends to.
     struct Waiting {
-        TreeNode* parent;
-        Waiting* outer;
+        TreeNode* parent = nullptr;
+        Waiting* outer = nullptr;
     };
 
     Tree _components;

@@ -114,8 +114,9 @@ void OmMessage::GiveUpParts(Bin& bin) {
     std::size_t edits = 0;
     do {
         edits = Edits();
-        for (std::size_t k = 0; k < _slots.size(); ++k) {
-            bin.Take(_slots[k].text);
+        std::size_t k = 0;
+        while (k < _slots.size()) { // which a part that goes may change
+            bin.Take(_slots[k++].text);
         }
     } while (Edits() != edits);
 }

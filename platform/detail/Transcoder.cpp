@@ -35,7 +35,7 @@ std::size_t SequenceLength(std::string_view bytes) {
 }
 
 /// What iconv_open gives for a pair of encodings that it does not know.
-iconv_t const None = reinterpret_cast<iconv_t>(-1);
+iconv_t None() { return reinterpret_cast<iconv_t>(-1); }
 
 bool IsWellFormed(std::string_view text) {
     while (!text.empty()) {
@@ -73,14 +73,15 @@ std::unique_ptr<Transcoder> Transcoder::Open(char const* to, char const* from) {
     // The object is made first: nothing is open yet when there is no memory for it.
     std::unique_ptr<Transcoder> transcoder(new Transcoder(to, from));
     transcoder->_handle = iconv_open(to, from);
-    return transcoder->_handle != None ? std::move(transcoder) : nullptr;
+    return transcoder->_handle != None() ? std::move(transcoder) : nullptr;
 }
 
 Transcoder::Transcoder(char const* to, char const* from)
-    : _handle(None), _fromU8(std::string_view(from) == "UTF-8"), _dropsTags(!HoldsUnicode(to)), _escapes(Escapes(to)) {}
+    : _handle(None()), _fromU8(std::string_view(from) == "UTF-8"), _dropsTags(!HoldsUnicode(to)),
+      _escapes(Escapes(to)) {}
 
 Transcoder::~Transcoder() {
-    if (_handle != None) {
+    if (_handle != None()) {
         iconv_close(_handle);
     }
 }

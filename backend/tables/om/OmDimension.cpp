@@ -101,6 +101,7 @@ OmDimension::Found OmDimension::Search(ConstNode const& parent, OmDimensionNode 
     std::size_t const place =
         LowerBound(entries, children, [&](OmDimensionNode const& child) { return child < probe; });
     if (place < entries.size()) {
+        // NOLINTNEXTLINE(clang-analyzer-core.NullDereference): there is an entry, so there are entries
         std::size_t const position = static_cast<unsigned int>(entries.first[place]);
         if (position < children.size() && !(probe < children[position].value)) {
             return {place, entries.first[place]};

@@ -23,7 +23,7 @@ OmFootnote::OmFootnote(OmCellText const& text, OmMemoryRegion* region) : OmFootn
 OmFootnote::OmFootnote(OmCellText const& text, OmCellText const* marker, int count, OmMemoryRegion* region)
     : OmFootnote(text, region) {
     Marker(marker);
-    _count = count;
+    Count(count);
 }
 
 OmFootnote::OmFootnote(OmFootnote const& other) : OmFootnote(other, other._region) {}
@@ -31,7 +31,7 @@ OmFootnote::OmFootnote(OmFootnote const& other) : OmFootnote(other, other._regio
 OmFootnote::OmFootnote(OmFootnote const& other, OmMemoryRegion* region) : OmFootnote(region) {
     Replace(_text, other._text, _region);
     Replace(_marker, other._marker, _region);
-    _count = other._count;
+    Count(other._count);
 }
 
 OmFootnote& OmFootnote::operator=(OmFootnote const& other) {

@@ -83,25 +83,31 @@ protected:
     /// Whether there is nothing left for this call to do.
     bool IsOver() const { return _isOver; }
 
-    /// Destroys the record's part, which the record still holds meanwhile. Gives what it held, for `Empty`.
-    OmOutputPart const* Destroy(Position position) {
+    /// Where a part was that is gone.
+    using Address = std::uintptr_t;
+
+    /// Destroys the record's part, which the record still holds meanwhile. Gives what it held, for `Empty`; 0 for none.
+    Address Destroy(Position position) {
         OmOutputPart* const part = position->value;
+        Address const address = AddressOf(part);
         if (part != nullptr && !IsDying(part)) {
             _dying = part;
             delete part;
             _dying = nullptr;
         }
-        return part;
+        return address; // NOLINT(clang-analyzer-cplusplus.NewDelete): a number, not what was there
     }
 
     /// Puts null in the place of a part that is gone. Gives whether nobody has put another one there.
-    static bool Empty(Position position, OmOutputPart const* gone) {
-        if (position->value != gone) {
+    static bool Empty(Position position, Address gone) {
+        if (AddressOf(position->value) != gone) {
             return false;
         }
         position->value = nullptr;
         return true;
     }
+
+    static Address AddressOf(OmOutputPart const* part) { return reinterpret_cast<Address>(part); }
 
     Parts* _tree;      ///< null once it has ended
     Position _node;    ///< the record that the call was made for
@@ -137,7 +143,7 @@ public:
     /// The record's part goes and leaves null behind. Gives whether the record is still there.
     bool DestroyPart() {
         while (HasNode() && _node->value != nullptr) {
-            OmOutputPart const* const gone = Destroy(_node);
+            Address const gone = Destroy(_node);
             if (HasNode()) {
                 Empty(_node, gone);
             }
@@ -227,9 +233,9 @@ private:
     void DestroyCurrent(int bound) {
         Position const current = _current;
         int const level = current->level;
-        OmOutputPart const* const gone = Destroy(current);
-        if (_isDisturbed || _tree->List().size() != _size || current->level != level || current->value != gone ||
-            IsBelow(std::next(current), bound)) {
+        Address const gone = Destroy(current);
+        if (_isDisturbed || _tree->List().size() != _size || current->level != level ||
+            AddressOf(current->value) != gone || IsBelow(std::next(current), bound)) {
             LookAnew(gone);
         } else {
             RemoveCurrent();
@@ -237,7 +243,7 @@ private:
     }
 
     /// The destructor has changed the tree: the record may be gone, hold another part or have others below it.
-    void LookAnew(OmOutputPart const* gone) {
+    void LookAnew(Address gone) {
         if (IsOver()) {
             return;
         }
@@ -311,8 +317,8 @@ private:
         bool hasDestroyed = false;
         _current = _tree->List().begin();
         while (_current != _node) {
-            OmOutputPart const* const gone = Destroy(_current);
-            hasDestroyed = hasDestroyed || gone != nullptr;
+            Address const gone = Destroy(_current);
+            hasDestroyed = hasDestroyed || gone != 0;
             if (!std::exchange(_hasLost, false) && Empty(_current, gone)) {
                 ++_current;
             }
@@ -342,8 +348,8 @@ void PruneParts(Parts& tree, Parts::Node const& node) { SubtreeDestruction(tree,
 OmOutputTree::OmOutputTree() {
     OmStringCell const title("Output", nullptr, true);
     auto root = std::make_unique<OmHeading>(title);
-    List().push_back(Record{root.get(), 0});
-    root.release();
+    List().push_back(Record{nullptr, 0});
+    List().front().value = root.release();
 }
 
 OmOutputTree& OmOutputTree::operator=(OmOutputTree const& other) {
@@ -377,8 +383,8 @@ void OmOutputTree::Erase(Node& node) {
 namespace {
 
 Parts::Node Append(Parts& tree, Parts::Node const& node, std::unique_ptr<OmTextBlock> block) {
-    Parts::Node const added = tree.AppendChild(node, block.get());
-    block.release();
+    Parts::Node const added = tree.AppendChild(node, nullptr);
+    added.Position()->value = block.release();
     return added;
 }
 
@@ -446,6 +452,7 @@ OmOutputTree::Node Amputate(OmOutputTree::Node node, OmCellText const* text, std
         !OM_HARDENED(node.Level() < std::numeric_limits<int>::max(), "node.Level() < max", Source, __LINE__)) {
         return node;
     }
-    std::string const page = codePage; // its owner may be among the parts that go
+    // Its owner may be among the parts that go.
+    std::string const page = codePage; // NOLINT(performance-unnecessary-copy-initialization)
     return node.Level() > 1 ? ReplaceByChildren(tree, node, page) : ReplaceChildren(tree, node, text, page);
 }

@@ -348,7 +348,7 @@ void OmPivotTable::PrintCells() const {
 }
 
 // Leaves that a node stands for have no address of their own; each shows that of its first cell's place.
-void OmPivotTable::PrintLeavesIn(PointerVector& node, std::size_t level) const {
+void OmPivotTable::PrintLeavesIn(PointerVector& node, std::size_t level) {
     for (std::uint32_t position = 0; position < node.Length(); ++position) {
         std::uint32_t const length = node.RowAt(position).length;
         WriteEntry(length != 0 ? node.RowEntries(position) : nullptr, level, position);
@@ -359,7 +359,7 @@ void OmPivotTable::PrintLeavesIn(PointerVector& node, std::size_t level) const {
     }
 }
 
-void OmPivotTable::PrintLeavesOfKeys(PointerVector const& node, std::size_t level) const {
+void OmPivotTable::PrintLeavesOfKeys(PointerVector const& node, std::size_t level) {
     std::vector<std::uint64_t> order;
     std::vector<std::uint64_t> scratch;
     node.Sort(order, scratch);

@@ -372,8 +372,8 @@ private:
     std::size_t PresentCells() const;
     void VisitPrefixes(std::size_t lowest, std::vector<int> const& wanted, om_detail::PrefixVisitor visit) const;
 
-    void PrintLeavesIn(PointerVector& node, std::size_t level) const;
-    void PrintLeavesOfKeys(PointerVector const& node, std::size_t level) const;
+    static void PrintLeavesIn(PointerVector& node, std::size_t level);
+    static void PrintLeavesOfKeys(PointerVector const& node, std::size_t level);
 
     Data* _my;
 };

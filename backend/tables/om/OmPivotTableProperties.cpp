@@ -112,11 +112,12 @@ void OmPivotTable::setBackendOwns(bool owns) { _my->backendOwns = owns; }
 std::string const& OmPivotTable::getMiscProperties() const { return _my->miscProperties; }
 
 void OmPivotTable::addMiscProperty(std::string const& property) {
-    std::string const added = property; // may be the stored string itself
-    if (!_my->miscProperties.empty()) {
-        _my->miscProperties += ',';
+    std::string& stored = _my->miscProperties;
+    std::size_t const length = property.size(); // may be the stored string itself
+    if (!stored.empty()) {
+        stored += ',';
     }
-    _my->miscProperties += added;
+    stored.append(property, 0, length);
 }
 
 std::map<std::uint64_t, std::uint16_t>& OmPivotTable::getEmptyCellStyles() const { return _my->emptyCellStyles; }

@@ -98,7 +98,7 @@ void* Cursor::StartRun(void* const* entries, std::size_t count, std::size_t canB
             end = entries + count;
             readable = entries + canBeRead;
             void* const* const stop = entries + std::min(first + std::size_t{Ahead}, canBeRead);
-            auto const isBefore = std::less<void* const*>();
+            auto const isBefore = std::less<>();
             void* const* slot = isBefore(fetched, next) || isBefore(stop, fetched) ? next : fetched;
             for (; slot != stop; ++slot) {
                 Prefetch(*slot);

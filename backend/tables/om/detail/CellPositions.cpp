@@ -61,7 +61,7 @@ void CellPositions::Add(int const* cell) {
 }
 
 CellPositions::Positions CellPositions::Take() {
-    Positions const lowest = _found.Take();
+    Positions lowest = _found.Take();
     if (!_branches) {
         return lowest;
     }
@@ -99,14 +99,14 @@ std::uint64_t CellPositions::Combinations(Digits const& start) const {
 
 void CellPositions::AppendAll(Digits const& start, Positions& positions) const {
     Digits digits = start;
-    std::size_t i = _choices.size();
     while (true) {
         std::uint64_t position = 0;
         for (std::size_t k = 0; k < _choices.size(); ++k) {
             position = position * _axis.Entries()[k].base + digits[k];
         }
         positions.push_back(position);
-        for (i = _choices.size(); i > 0 && _choices[i - 1].next[digits[i - 1]] == End; --i) {
+        std::size_t i = _choices.size();
+        for (; i > 0 && _choices[i - 1].next[digits[i - 1]] == End; --i) {
             digits[i - 1] = start[i - 1];
         }
         if (i == 0) {

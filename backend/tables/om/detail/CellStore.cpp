@@ -23,7 +23,7 @@ void Store::AddLevel() {
 }
 
 /// The rest of a look-up, from a node of any form on.
-OmCellText* Store::FindBelow(PointerVector const& start, std::size_t level, int const* index) const {
+OmCellText* Store::FindBelow(PointerVector const& start, std::size_t level, int const* index) {
     PointerVector const* node = &start;
     for (std::size_t k = level; k > 0; --k) {
         if (node->SpansLeaves()) {

@@ -142,7 +142,7 @@ private:
     static std::uint32_t Subscript(int const* index, std::size_t level) {
         return static_cast<std::uint32_t>(index[level]);
     }
-    OmCellText* FindBelow(PointerVector const& start, std::size_t level, int const* index) const;
+    static OmCellText* FindBelow(PointerVector const& start, std::size_t level, int const* index);
     static PointerVector* Below(PointerVector& node, std::uint32_t position, void**& link);
     Place GrowFromRoot(int const* index);
 

@@ -96,10 +96,10 @@ public:
 
     struct Entries {
         int const* first;
-        int const* last;
+        std::size_t count;
         int const* begin() const { return first; }
-        int const* end() const { return last; }
-        std::size_t size() const { return static_cast<std::size_t>(last - first); }
+        int const* end() const { return first + count; }
+        std::size_t size() const { return count; }
     };
 
     /// Destroys the index. Null is ignored.
@@ -119,10 +119,10 @@ public:
     /// size) for each child that was added since somebody asked, and O(size) when there is one. Throws std::bad_alloc.
     static Entries EntriesOf(ChildIndex const* index) {
         if (index == nullptr) {
-            return {nullptr, nullptr};
+            return {nullptr, 0};
         }
         int const* const first = index->_hash != nullptr ? index->_hash->SortedEntries() : index->First();
-        return {first, first + index->_size};
+        return {first, index->_size};
     }
 
     /// Sorts the entries and drops the hash, if there is one. Takes no memory. Null is ignored.

@@ -155,6 +155,7 @@ void OmPivotTable::Data::Replace(CellStore::Place place, std::vector<int> const&
         return;
     }
     Spot spot{place, cells.Changes()};
+    // NOLINTNEXTLINE(clang-analyzer-cplusplus.NewDeleteLeaks): what `made` lets go is the cell that stays
     std::unique_ptr<OmCellMetaData> kept = CopyOfMeta(&held);
     std::unique_ptr<OmCellText> made(isOwnPlace ? cell->Clone(this) : nullptr);
     if (made.get() == &held) {
@@ -387,7 +388,7 @@ void FollowAgain(std::vector<LabelStep>& way) {
 } // namespace
 
 // A label that is a program's may change the tree when it gets the tracker.
-void OmPivotTable::Data::TrackLabels(OmDimension& dimension) {
+void OmPivotTable::Data::TrackLabels(OmDimension& dimension) const {
     std::vector<LabelStep> way{{dimension.Root().Ptr(), 0}};
     for (bool isNew = true; !way.empty();) {
         if (OmCellText* const label = isNew ? way.back().node->value.Text() : nullptr) {

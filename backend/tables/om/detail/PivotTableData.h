@@ -133,7 +133,7 @@ public:
     void MakeTracker();
     void MakeU8Tracker();
     void TrackDimensions();
-    void TrackLabels(OmDimension& dimension);
+    void TrackLabels(OmDimension& dimension) const;
     void TrackFootnotes();
 
     OmCellText* templateName = nullptr;

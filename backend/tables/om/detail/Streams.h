@@ -20,7 +20,7 @@ inline void AppendChunk(std::string& stream, char const* bytes, unsigned int len
 /// The same for streams that come in few large chunks: reserves just what is needed first. The chunk may be a piece of
 /// the stream itself, the terminating zero included, which moves when room is made.
 inline void ReserveAndAppendChunk(std::string& stream, char const* bytes, unsigned int length) {
-    std::less<char const*> const before;
+    std::less<> const before;
     bool const isPiece = !before(bytes, stream.data()) && !before(stream.data() + stream.size(), bytes);
     if (!isPiece) {
         stream.reserve(stream.size() + length);
