@@ -158,13 +158,14 @@ void OmPivotTable::Data::Replace(CellStore::Place place, std::vector<int> const&
     // NOLINTNEXTLINE(clang-analyzer-cplusplus.NewDeleteLeaks): what `made` lets go is the cell that stays
     std::unique_ptr<OmCellMetaData> kept = CopyOfMeta(&held);
     std::unique_ptr<OmCellText> made(isOwnPlace ? cell->Clone(this) : nullptr);
-    if (made.get() == &held) {
-        static_cast<void>(made.release()); // its own clone, which stays
-        return;
-    }
     // The place is empty while the old text goes and the new one comes, so that a failing clone leaves no dead pointer.
     CellStore::Place const here = PlaceOf(spot, index);
     OmCellText* const old = CellStore::CellAt(here);
+    // The place is asked, for a clone may have come to lie where a cell lay that has gone meanwhile.
+    if (old != nullptr && made.get() == old) {
+        static_cast<void>(made.release()); // its own clone, which stays
+        return;
+    }
     cells.Put(here, nullptr);
     delete old;
     if (cell != nullptr) {

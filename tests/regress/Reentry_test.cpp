@@ -1,0 +1,72 @@
+// Texts of a program's kind that use their holder while they are cloned, visited or destroyed: defects that were found,
+// each by a test named for it.
+#include "backend/tables/om/OmDimension.h"
+#include "backend/tables/om/OmPivotTable.h"
+#include "backend/tables/om/OmProcedure.h"
+#include "omcell/OmComposite.h"
+#include "omcell/OmMemoryRegion.h"
+#include "omcell/OmMessage.h"
+#include "omcell/OmStringCell.h"
+#include "omcell/OmValue.h"
+#include "omcell/OmVariable.h"
+#include "tests/support/ActingText.h"
+#include "tests/support/TableProbe.h"
+
+#include <gtest/gtest.h>
+
+#include <cstddef>
+#include <functional>
+#include <memory>
+#include <string>
+#include <utility>
+
+using omtest::ActingText;
+using omtest::Acts;
+using omtest::CellsOf;
+using omtest::Text;
+
+// --- cells -----------------------------------------------------------------------------------------------------------
+
+namespace {
+
+/// Acts before its copy is made; an ActingText does so afterwards.
+class ActingFirst final : public omtest::MuteText {
+public:
+    explicit ActingFirst(Acts& acts, OmMemoryRegion* region = nullptr) : MuteText(region), _acts(acts) {
+        ++_acts.alive;
+    }
+    ~ActingFirst() override { --_acts.alive; }
+    OmCellText* Clone(OmMemoryRegion* region) const override {
+        Acts& acts = _acts; // the act may destroy this text
+        if (std::function<void()> const act = std::exchange(acts.cloned, nullptr)) {
+            act();
+        }
+        return new (region) ActingFirst(acts, region);
+    }
+
+private:
+    Acts& _acts;
+};
+
+} // namespace
+
+// The clone came to lie where the cell had lain, and was taken for a cell that is its own clone.
+TEST(CellStoredIntoItsOwnPlace, IsStoredAlsoWhenTheCellHasGoneAndItsStorageIsUsedAgain) {
+    for (bool const isEmptied : {false, true}) {
+        Acts acts;
+        OmPivotTable table(Text("title"), Text("template"), false);
+        table.AddDimension(Text("d"));
+        table.Cell({0}, ActingFirst(acts));
+        acts.cloned = [&] {
+            if (isEmptied) {
+                table.Cell({0}, nullptr);
+            } else {
+                table.Cell({0}, Text("meanwhile"));
+            }
+        };
+        table.Cell({0}, table.Cell({0}));
+        EXPECT_EQ(CellsOf(table), "(0)=mute");
+        table.deleteCell({0});
+        EXPECT_EQ(acts.alive, 0);
+    }
+}
