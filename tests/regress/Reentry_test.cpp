@@ -70,3 +70,33 @@ TEST(CellStoredIntoItsOwnPlace, IsStoredAlsoWhenTheCellHasGoneAndItsStorageIsUse
         EXPECT_EQ(acts.alive, 0);
     }
 }
+
+// --- footnotes -------------------------------------------------------------------------------------------------------
+
+// The marker was read when the call began, and cloned after it had gone.
+TEST(OwnFootnoteRegisteredAnew, ShowsTheMarkerThatItHasWhenItsTextIsThere) {
+    for (std::function<void()> Acts::*const when : {&Acts::cloned, &Acts::visited}) {
+        for (bool const isTakenOut : {false, true}) {
+            Acts acts;
+            {
+                OmPivotTable table(Text("title"), Text("template"), false);
+                OmStringCell const marker("m");
+                table.Footnote(OmFootnote(ActingText(acts, "a"), &marker, 0), false);
+                acts.*when = [&] {
+                    if (isTakenOut) {
+                        table.Footnotes().erase(0);
+                    } else {
+                        OmStringCell const other("n");
+                        table.Footnotes()[0].Marker(&other);
+                    }
+                };
+                table.Footnote(table.Footnotes()[0], true);
+                ASSERT_EQ(table.Footnotes().size(), isTakenOut ? 1U : 2U);
+                OmFootnote const& made = table.Footnotes().back();
+                EXPECT_EQ(made.Text()->AsString(), "a");
+                EXPECT_EQ(made.Marker() != nullptr ? made.Marker()->AsString() : "none", isTakenOut ? "none" : "n");
+            }
+            EXPECT_EQ(acts.alive, 0);
+        }
+    }
+}

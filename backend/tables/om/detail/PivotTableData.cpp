@@ -6,6 +6,7 @@
 #include "omcell/detail/PlainText.h"
 
 #include <algorithm>
+#include <functional>
 #include <limits>
 #include <memory>
 #include <utility>
@@ -264,6 +265,20 @@ std::size_t OmPivotTable::Data::FindFootnote(OmCellText const* text) const {
     return position;
 }
 
+OmPivotTable::Data::GivenNote OmPivotTable::Data::Given(OmFootnote const& note) const {
+    std::less<> const before;
+    bool const isOwn = !before(&note, footnotes.begin()) && before(&note, footnotes.end());
+    return {note.Text(), note.Marker(), isOwn, isOwn ? static_cast<std::size_t>(&note - footnotes.begin()) : 0};
+}
+
+OmCellText const* OmPivotTable::Data::MarkerOf(GivenNote& note) {
+    if (!note.isOwn) {
+        return note.marker;
+    }
+    OmFootnote const* const record = RecordOf(note.position, note.text);
+    return record != nullptr ? record->Marker() : nullptr;
+}
+
 OmFootnote* OmPivotTable::Data::RecordOf(std::size_t& position, OmCellText const* text) {
     if (position < footnotes.size() && footnotes[position].Text() == text) {
         return &footnotes[position];
@@ -278,21 +293,20 @@ OmFootnote* OmPivotTable::Data::RecordOf(std::size_t& position, OmCellText const
 }
 
 std::size_t OmPivotTable::Data::Register(OmFootnote const& note, bool alwaysNew) {
-    OmCellText const* const text = note.Text();
-    OmCellText const* const marker = note.Marker();
+    GivenNote given = Given(note);
     int const count = note.Count();
-    std::size_t position = alwaysNew ? footnotes.size() : FindFootnote(text);
-    if (position == footnotes.size()) {
-        return AppendFootnote(text, marker, count);
+    std::size_t position = alwaysNew ? footnotes.size() : FindFootnote(given.text);
+    if (position >= footnotes.size()) {
+        return AppendFootnote(given, count);
     }
     OmCellText const* const known = footnotes[position].Text();
-    TakeMarker(position, known, marker);
+    TakeMarker(position, known, MarkerOf(given));
     CountUp(position, known, 1);
     return position;
 }
 
-std::size_t OmPivotTable::Data::AppendFootnote(OmCellText const* text, OmCellText const* marker, int count) {
-    std::unique_ptr<OmCellText> made(text != nullptr ? text->Clone(this) : nullptr);
+std::size_t OmPivotTable::Data::AppendFootnote(GivenNote& note, int count) {
+    std::unique_ptr<OmCellText> made(note.text != nullptr ? note.text->Clone(this) : nullptr);
     OmCellText* const own = made.get();
     std::size_t position = footnotes.size();
     footnotes.emplace_back(this).ExchangeText(made.get());
@@ -301,7 +315,7 @@ std::size_t OmPivotTable::Data::AppendFootnote(OmCellText const* text, OmCellTex
         if (own != nullptr) {
             own->Accept(helper);
         }
-        TakeMarker(position, own, marker);
+        TakeMarker(position, own, MarkerOf(note));
     } catch (...) {
         if (OmFootnote* const record = RecordOf(position, own)) {
             made.reset(record->ExchangeText(nullptr));

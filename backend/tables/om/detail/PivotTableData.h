@@ -126,7 +126,18 @@ public:
     /// The record with this text, which was at `position` once; `position` is set to where it is now. Null when it is
     /// gone.
     OmFootnote* RecordOf(std::size_t& position, OmCellText const* text);
-    std::size_t AppendFootnote(OmCellText const* text, OmCellText const* marker, int count);
+    /// A note that is being registered. One of the table's own may be moved, taken out or given another marker by a
+    /// text that uses the table meanwhile.
+    struct GivenNote {
+        OmCellText const* text;
+        OmCellText const* marker;
+        bool isOwn;
+        std::size_t position; ///< of the table's own one, once
+    };
+    GivenNote Given(OmFootnote const& note) const;
+    /// The marker that the note has now; null when it was the table's own and is gone.
+    OmCellText const* MarkerOf(GivenNote& note);
+    std::size_t AppendFootnote(GivenNote& note, int count);
     void TakeMarker(std::size_t& position, OmCellText const* text, OmCellText const* marker);
     void CountUp(std::size_t& position, OmCellText const* text, int by);
 
