@@ -100,3 +100,65 @@ TEST(OwnFootnoteRegisteredAnew, ShowsTheMarkerThatItHasWhenItsTextIsThere) {
         }
     }
 }
+
+// Both records were made in one place.
+TEST(HeadingsFootnote, MayAddOthersWhileItIsAppendedInsertedOrCopied) {
+    for (int way = 0; way < 3; ++way) {
+        for (std::size_t const before : {0U, 2U, 4U}) {
+            Acts acts;
+            {
+                OmProcedure procedure(Text("p"), "", "", "");
+                OmVector<OmFootnote>& notes = procedure.Footnotes();
+                for (std::size_t k = 0; k < before; ++k) {
+                    notes.emplace_back(Text("before"));
+                }
+                OmVector<OmFootnote> source;
+                source.emplace_back(ActingText(acts, "a"));
+                acts.cloned = [&] {
+                    for (int k = 0; k < 5; ++k) {
+                        notes.emplace_back(Text("meanwhile"));
+                    }
+                };
+                if (way == 0) {
+                    notes.push_back(source[0]);
+                } else if (way == 1) {
+                    notes.insert(0, source[0]);
+                } else {
+                    notes = source;
+                }
+                EXPECT_EQ(notes.size(), way == 2 ? 6U : before + 6U);
+                EXPECT_EQ(notes[way == 1 ? 0 : notes.size() - 1].Text()->AsString(), "a");
+                for (OmFootnote const& note : notes) {
+                    EXPECT_NE(note.Text(), nullptr);
+                }
+            }
+            EXPECT_EQ(acts.alive, 0);
+        }
+    }
+}
+
+TEST(HeadingsFootnote, MayMoveTheRecordThatItIsCopiedFrom) {
+    Acts acts;
+    OmVector<OmFootnote> notes;
+    OmStringCell const marker("m");
+    notes.emplace_back(ActingText(acts, "a"), &marker, 7);
+    acts.cloned = [&] {
+        for (int k = 0; k < 5; ++k) {
+            notes.emplace_back(Text("meanwhile"));
+        }
+    };
+    OmFootnote const copy(notes[0]);
+    EXPECT_EQ(copy.Marker()->AsString(), "m");
+    EXPECT_EQ(copy.Count(), 7);
+}
+
+// What was added was never destroyed.
+TEST(HeadingsFootnote, MayAddOthersWhileTheHeadingEnds) {
+    Acts acts;
+    {
+        OmProcedure procedure(Text("p"), "", "", "");
+        procedure.Footnotes().emplace_back(ActingText(acts, "a"));
+        acts.gone = [&] { procedure.Footnotes().emplace_back(ActingText(acts, "b")); };
+    }
+    EXPECT_EQ(acts.alive, 0);
+}

@@ -28,19 +28,23 @@ OmFootnote::OmFootnote(OmCellText const& text, OmCellText const* marker, int cou
 
 OmFootnote::OmFootnote(OmFootnote const& other) : OmFootnote(other, other._region) {}
 
-OmFootnote::OmFootnote(OmFootnote const& other, OmMemoryRegion* region) : OmFootnote(region) {
-    Replace(_text, other._text, _region);
-    Replace(_marker, other._marker, _region);
-    Count(other._count);
-}
+OmFootnote::OmFootnote(OmFootnote const& other, OmMemoryRegion* region) : OmFootnote(region) { Copy(other); }
 
 OmFootnote& OmFootnote::operator=(OmFootnote const& other) {
     if (this != &other) {
-        Replace(_text, other._text, _region);
-        Replace(_marker, other._marker, _region);
-        _count = other._count;
+        Copy(other);
     }
     return *this;
+}
+
+// The other one is read first: what its text does while it is cloned may move the record.
+void OmFootnote::Copy(OmFootnote const& other) {
+    OmCellText const* const text = other._text;
+    OmCellText const* const marker = other._marker;
+    std::int32_t const count = other._count;
+    Replace(_text, text, _region);
+    Replace(_marker, marker, _region);
+    _count = count;
 }
 
 OmFootnote::~OmFootnote() {

@@ -21,9 +21,12 @@ class OmMemoryRegion;
 /// A text that is set may be the one that the record holds, or a part of it. A text of a program's kind may use the
 /// record while it is cloned (the old text is still there) or destroyed (the new one is there already). REQUIRES: the
 /// record stays in its place until the call returns, so a text that is set in a record of a list adds none to the list
-/// while it is cloned.
+/// while it is cloned. A record that is copied may be moved meanwhile, but keeps its texts until the copy is made.
 class OMTREE_API OmFootnote {
 public:
+    /// For lists of records: a text that is cloned into a new one may change the list.
+    static constexpr bool MadeAside = true;
+
     /// No text, no marker, count 0. A null region means the default heap.
     explicit OmFootnote(OmMemoryRegion* region = nullptr);
 
@@ -64,6 +67,8 @@ public:
 
 private:
     friend class OmPivotTable;
+
+    void Copy(OmFootnote const& other);
 
     /// Takes the text over and gives the old one to the caller.
     OmCellText* ExchangeText(OmCellText* text) { return std::exchange(_text, text); }

@@ -14,7 +14,8 @@ public:
     explicit OmHeading(OmCellText const& title);
     OmHeading(OmHeading const&) = default;
     OmHeading& operator=(OmHeading const&) = default;
-    /// Destroys the footnotes.
+    /// Destroys the footnotes, those too that the texts of others add meanwhile. What a derived class adds has ended by
+    /// then.
     ~OmHeading() override;
 
     void Accept(Visitor& visitor) override;

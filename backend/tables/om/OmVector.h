@@ -7,7 +7,18 @@
 #include <cstring>
 #include <iterator>
 #include <new>
+#include <type_traits>
 #include <utility>
+
+namespace om_detail {
+
+/// Whether a vector makes elements of this type beside itself.
+template <typename T, typename = void>
+struct IsMadeAside : std::false_type {};
+template <typename T>
+struct IsMadeAside<T, std::enable_if_t<T::MadeAside>> : std::true_type {};
+
+} // namespace om_detail
 
 /// Growable array in a memory region.
 ///
@@ -59,7 +70,12 @@ public:
         return *this;
     }
 
-    ~OmVector() { Free(); }
+    /// Destroys every element, those too that the destructors of others add meanwhile.
+    ~OmVector() {
+        do {
+            Free();
+        } while (_first != nullptr);
+    }
 
     OmMemoryRegion* Region() const { return _region; }
 
@@ -95,9 +111,17 @@ public:
     }
 
     /// Appends an element made from the arguments, which may refer to elements of this vector. Amortised O(1).
+    ///
+    /// Where T says so (`static constexpr bool MadeAside = true`), the element is made beside the vector and moved in:
+    /// what its constructor adds to this vector comes before it. REQUIRES: what the arguments refer to stays in its
+    /// place until the element is made.
     template <typename... Arguments>
     T& emplace_back(Arguments&&... arguments) {
-        if (_last != _end) {
+        if constexpr (om_detail::IsMadeAside<T>::value) {
+            Aside made(std::forward<Arguments>(arguments)...);
+            MakeRoom();
+            made.MoveTo(_last);
+        } else if (_last != _end) {
             ::new (static_cast<void*>(_last)) T(std::forward<Arguments>(arguments)...);
         } else {
             EmplaceInNewBlock(std::forward<Arguments>(arguments)...);
@@ -110,7 +134,7 @@ public:
     /// Inserts a copy of `value`, which may be an element of this vector, before `position` (0 to size()). O(size).
     void insert(size_type position, T const& value) {
         emplace_back(value);
-        RotateLastTo(position);
+        RotateLastTo(position < size() ? position : size() - 1);
     }
 
     /// Moves the element given by `source`'s bytes in before `position`. The source's storage is raw afterwards: its
@@ -200,6 +224,31 @@ public:
     friend bool operator!=(OmVector const& a, OmVector const& b) { return !(a == b); }
 
 private:
+    /// An element that stands in no vector yet.
+    class Aside {
+    public:
+        template <typename... Arguments>
+        explicit Aside(Arguments&&... arguments) {
+            ::new (static_cast<void*>(_bytes)) T(std::forward<Arguments>(arguments)...);
+        }
+        ~Aside() {
+            if (!_isMoved) {
+                std::launder(reinterpret_cast<T*>(_bytes))->~T();
+            }
+        }
+        Aside(Aside const&) = delete;
+        Aside& operator=(Aside const&) = delete;
+
+        void MoveTo(T* place) {
+            std::memcpy(static_cast<void*>(place), _bytes, sizeof(T));
+            _isMoved = true;
+        }
+
+    private:
+        alignas(T) unsigned char _bytes[sizeof(T)];
+        bool _isMoved = false;
+    };
+
     void SwapStorage(OmVector& other) noexcept {
         std::swap(_first, other._first);
         std::swap(_last, other._last);
@@ -265,8 +314,9 @@ private:
     void Append(OmVector const& other) {
         reserve(other.size());
         try {
-            for (T const& element : other) {
-                emplace_back(element);
+            size_type const count = other.size();
+            for (size_type k = 0; k < count && k < other.size(); ++k) {
+                emplace_back(other[k]);
             }
         } catch (...) {
             Free();
