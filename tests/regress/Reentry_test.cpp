@@ -162,3 +162,36 @@ TEST(HeadingsFootnote, MayAddOthersWhileTheHeadingEnds) {
     }
     EXPECT_EQ(acts.alive, 0);
 }
+
+// --- the end of a table ----------------------------------------------------------------------------------------------
+
+// What was added where all had gone before was never destroyed.
+TEST(TableThatEnds, TakesAlongWhatItsTextsAddMeanwhile) {
+    for (int which = 0; which < 4; ++which) {
+        Acts acts;
+        Acts added;
+        {
+            OmPivotTable table(Text("title"), Text("template"), false);
+            OmDimension& dimension = table.AddDimension(Text("d"));
+            dimension.Child(dimension.Root(), ActingText(acts, "category"), 0, false);
+            acts.gone = [&] {
+                ActingText const text(added, "added");
+                switch (which) {
+                case 0:
+                    table.CornerText(&text);
+                    return;
+                case 1:
+                    table.SetTableTitle(text);
+                    return;
+                case 2:
+                    table.Footnote(OmFootnote(text, &text, 0), true);
+                    return;
+                default:
+                    table.AddDimension(text);
+                }
+            };
+        }
+        EXPECT_EQ(acts.alive, 0);
+        EXPECT_EQ(added.alive, 0) << which;
+    }
+}

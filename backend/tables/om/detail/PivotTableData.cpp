@@ -39,7 +39,24 @@ OmPivotTable::Data::Data(OmCellText const& itsTemplateName, bool itHasSplits)
 
 OmPivotTable::Data::~Data() {
     WorkingRelease(false);
-    // A program's text that goes here may still ask the table, and finds what has gone no more.
+    while (HoldsTexts()) {
+        DestroyTexts();
+    }
+    for (auto const& format : areaFormats) {
+        delete format.second;
+    }
+    if (tracker != u8Tracker) {
+        delete tracker;
+    }
+    delete u8Tracker;
+}
+
+bool OmPivotTable::Data::HoldsTexts() const {
+    return cornerText != nullptr || caption != nullptr || tableTitle != nullptr || templateName != nullptr ||
+           !footnotes.empty() || !_dimensions.empty();
+}
+
+void OmPivotTable::Data::DestroyTexts() {
     delete std::exchange(cornerText, nullptr);
     delete std::exchange(caption, nullptr);
     delete std::exchange(tableTitle, nullptr);
@@ -49,13 +66,6 @@ OmPivotTable::Data::~Data() {
     for (OmDimension* const dimension : std::exchange(_dimensions, {})) {
         DestroyDimension(dimension);
     }
-    for (auto const& format : areaFormats) {
-        delete format.second;
-    }
-    if (tracker != u8Tracker) {
-        delete tracker;
-    }
-    delete u8Tracker;
 }
 
 void OmPivotTable::Data::ReplaceText(om_detail::HeldPlace const& held, OmCellText const* text) {

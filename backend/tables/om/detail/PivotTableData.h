@@ -28,6 +28,11 @@ public:
     Data(OmCellText const& itsTemplateName, bool itHasSplits);
     ~Data();
 
+    /// For the end. A program's text that goes may still use the table: it finds what has gone no more, and what it
+    /// adds goes in another round.
+    bool HoldsTexts() const;
+    void DestroyTexts();
+
     /// Puts a clone of `text` (nothing when null) there and visits it.
     /// REQUIRES: the place takes it (hardened check "text != held").
     void ReplaceText(om_detail::HeldPlace const& held, OmCellText const* text);
