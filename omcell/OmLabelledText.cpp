@@ -20,6 +20,7 @@ OmLabelledText::OmLabelledText(OmLabelledText const& source, OmMemoryRegion* reg
 
 OmLabelledText::OmLabelledText(OmMemoryRegion* region, ModeType mode) : OmPartedText(region), _mode(mode) {}
 
+// Where a constructor failed; the destructors of the kinds have done it otherwise.
 OmLabelledText::~OmLabelledText() { DestroyParts(); }
 
 void OmLabelledText::TakeClones(OmCellText const& meant, OmCellText const* label) {
@@ -39,7 +40,8 @@ void OmLabelledText::ListParts(std::vector<Part>& parts) const {
 
 void OmLabelledText::Expand(Form, Pieces& pieces) const {
     bool const labelled = _label != nullptr;
-    bool const showsMeant = _mode == NameMode || _mode == BothMode || (_mode != LabelMode && !labelled);
+    bool const meant = _mode == NameMode || _mode == BothMode || (_mode != LabelMode && !labelled);
+    bool const showsMeant = meant && _meant != nullptr; // a part that is destroyed may ask
     bool const showsLabel = labelled && _mode != NameMode;
     if (showsMeant) {
         pieces.Add(*_meant);

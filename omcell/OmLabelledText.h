@@ -39,8 +39,10 @@ protected:
     /// The shell of a copy.
     OmLabelledText(OmLabelledText const& source, OmMemoryRegion* region);
 
-    /// Name or value. Never null in a finished text.
+    /// Name or value. Never null in a finished text. REQUIRES: the text is not being destroyed.
     OmCellText const& Meant() const { return *_meant; }
+    /// The same; null while the text is being destroyed, and the name or value is gone.
+    OmCellText const* MeantOrNull() const { return _meant; }
 
     /// For the destructors of the kinds.
     void GiveUpParts(Bin& bin) final;

@@ -340,13 +340,22 @@ void OmPartedText::Bin::Take(OmCellText*& slot) {
     _next = parted;
 }
 
+// A text stays until all that lies in it is gone, for its parts may use it while they are destroyed; what they add to it
+// goes too.
 void OmPartedText::DestroyParts() noexcept {
     Bin bin;
-    GiveUpParts(bin);
-    while (bin._next != nullptr) {
+    _doomed = nullptr;
+    bin._next = this;
+    for (;;) {
         OmPartedText* const text = bin._next;
-        bin._next = text->_doomed;
         text->GiveUpParts(bin);
+        if (bin._next != text) {
+            continue;
+        }
+        if (text == this) {
+            return;
+        }
+        bin._next = text->_doomed;
         delete text;
     }
 }

@@ -28,7 +28,9 @@ struct Belonging;
 /// Parts of foreign kinds may call any operation of the texts that hold them while they are cloned, handed a tracker or
 /// destroyed, except one that destroys a text that the part lies in. What such a call does stands. A clone that is
 /// being made meanwhile gets the parts that were there at its beginning, without those that were taken away before
-/// their turn.
+/// their turn. What they add to a text that is being destroyed is destroyed with it.
+/// REQUIRES: a part that is asked something (its string, length, order, comparison) changes none of the texts that the
+/// question goes through.
 ///
 /// Null parts (a label that was not given) are allowed everywhere and stand for nothing.
 ///
@@ -112,7 +114,8 @@ protected:
         std::vector<Run> _runs;
     };
 
-    /// Destroys parts: others at once, parted texts after the one that gave them up. Takes no memory.
+    /// Destroys parts: others at once; parted texts once the one that gave them up is through with the rest, and before
+    /// that one itself. Takes no memory.
     class Bin {
     public:
         /// Takes the part out of its slot, which is null afterwards.
@@ -125,7 +128,7 @@ protected:
 
     explicit OmPartedText(OmMemoryRegion* home);
 
-    /// For the destructor of each kind.
+    /// For the destructor of each kind, where the text still is of its kind for the parts that go.
     void DestroyParts() noexcept;
 
     /// For each operation that adds parts, or may take some away or move their slots.

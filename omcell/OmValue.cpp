@@ -14,7 +14,7 @@ OmValue::OmValue(OmCellText const& value, OmCellText const* label, OmMemoryRegio
 
 OmValue::OmValue(OmValue const& source, OmMemoryRegion* region) : OmLabelledText(source, region) {}
 
-OmValue::~OmValue() = default;
+OmValue::~OmValue() { DestroyParts(); }
 
 void OmValue::Accept(Visitor& visitor) { visitor.Visit(*this); }
 
@@ -23,9 +23,9 @@ short OmValue::OrderCode() const { return Order; }
 OmPartedText* OmValue::Shell(OmMemoryRegion* region) const { return new (region) OmValue(*this, region); }
 
 double OmValue::NumericValue() const {
-    OmCellText const* value = &Value();
+    OmCellText const* value = MeantOrNull();
     while (OmValue const* const nested = dynamic_cast<OmValue const*>(value)) {
-        value = &nested->Value();
+        value = nested->MeantOrNull();
     }
-    return value->NumericValue();
+    return value != nullptr ? value->NumericValue() : 0.0;
 }

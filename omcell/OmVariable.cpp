@@ -10,7 +10,7 @@ OmVariable::OmVariable(OmCellText const& name, OmCellText const* label, OmMemory
 
 OmVariable::OmVariable(OmVariable const& source, OmMemoryRegion* region) : OmLabelledText(source, region) {}
 
-OmVariable::~OmVariable() = default;
+OmVariable::~OmVariable() { DestroyParts(); }
 
 void OmVariable::Accept(Visitor& visitor) { visitor.Visit(*this); }
 

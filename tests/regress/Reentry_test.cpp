@@ -195,3 +195,72 @@ TEST(TableThatEnds, TakesAlongWhatItsTextsAddMeanwhile) {
         EXPECT_EQ(added.alive, 0) << which;
     }
 }
+
+// --- texts with parts ------------------------------------------------------------------------------------------------
+
+// It was given up by then, and what was added never destroyed.
+TEST(PartInsideAPart, MayAddToTheOutermostTextWhileThatEnds) {
+    Acts acts;
+    auto* const outermost = new OmComposite;
+    {
+        OmMessage message("{0}");
+        message.Fill(0, ActingText(acts, "part"));
+        OmComposite between;
+        between.Append(message);
+        outermost->Append(between);
+    }
+    acts.gone = [&] { outermost->Append(ActingText(acts, "added")); };
+    delete outermost;
+    EXPECT_FALSE(acts.gone);
+    EXPECT_EQ(acts.alive, 0);
+}
+
+// The text between had gone by then.
+TEST(PartInsideAPart, MayUseEveryTextThatHoldsItWhileTheOutermostEnds) {
+    Acts acts;
+    auto outermost = std::make_unique<OmMessage>("{0}");
+    {
+        OmComposite between;
+        between.Append(OmComposite());
+        outermost->Fill(0, between);
+    }
+    auto* const between = dynamic_cast<OmComposite*>(const_cast<OmCellText*>(outermost->Filler(0)));
+    auto* const inner = dynamic_cast<OmComposite*>(between->Components().Root().Child(0).Value());
+    inner->Append(ActingText(acts, "part"));
+    std::string seen;
+    acts.gone = [&] {
+        between->Append(ActingText(acts, "added"));
+        inner->Append(ActingText(acts, "added too"));
+        seen = between->AsString() + "," + inner->AsString();
+    };
+    outermost.reset();
+    EXPECT_EQ(seen, "added,added too");
+    EXPECT_EQ(acts.alive, 0);
+}
+
+// A clone was asked of a base class, and the number of a text that was not there any more.
+TEST(PartOfAValueOrVariable, MayAskItForAnythingWhileItEnds) {
+    for (bool const isValue : {true, false}) {
+        for (bool const actsInLabel : {true, false}) {
+            Acts acts;
+            Acts still;
+            auto const part = [&](bool isActing) { return std::make_unique<ActingText>(isActing ? acts : still); };
+            std::unique_ptr<ActingText> const meant = part(!actsInLabel);
+            std::unique_ptr<ActingText> const label = part(actsInLabel);
+            OmLabelledText* const text = isValue ? static_cast<OmLabelledText*>(new OmValue(*meant, label.get()))
+                                                 : new OmVariable(*meant, label.get());
+            text->Mode(OmCellText::BothMode);
+            std::string seen;
+            acts.gone = [&] {
+                std::unique_ptr<OmCellText> const clone(text->Clone(nullptr));
+                EXPECT_EQ(clone->AsString(), text->AsString());
+                EXPECT_EQ(clone->Compare(*text), 0);
+                EXPECT_EQ(text->NumericValue(), 0.0);
+                seen = "[" + text->AsString() + "]";
+            };
+            delete text;
+            EXPECT_EQ(seen, actsInLabel ? "[]" : "[acting]");
+            EXPECT_EQ(acts.alive + still.alive, 2);
+        }
+    }
+}
