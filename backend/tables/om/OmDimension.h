@@ -46,9 +46,12 @@ class LabelKey;
 /// hardened check. `Child` and `AddNewChild` trust that `parent` stands in this dimension.
 ///
 /// An operation that throws, for want of memory or because a text threw, leaves the dimension as it was. Labels of a
-/// program's own kinds are cloned and compared before anything changes, and destroyed when all is done, so a label may
-/// use the dimension while one of the three is done to it. It must leave the nodes that the running operation was
-/// given, and those that are copied, where they are: handles go stale for the operation as for anybody.
+/// program's own kinds are cloned, given the tracker and compared before anything changes, and destroyed when all is
+/// done, so a label may use the dimension while that is done to it.
+/// REQUIRES: a label that is cloned or given the tracker leaves the nodes that the running operation was given, and
+/// those that are copied, where they are: handles go stale for the operation as for anybody. (The root never moves.) A
+/// label that is asked something (its order, length, comparison, string) changes nothing in the dimension; it may
+/// search it.
 ///
 /// Costs: n is the number of nodes; the depth of an operand comes on top. Where a cost says "repair", every parent
 /// pointer below the named node is set anew. Parent pointers below the later siblings of a node that `Delete` removed

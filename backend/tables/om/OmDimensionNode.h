@@ -59,7 +59,8 @@ public:
     /// The label; valid until it is replaced, taken by an assignment, or the node is destroyed or moved by its tree.
     OmCellText* Text() { return _text; }
     OmCellText const* Text() const { return _text; }
-    /// Clones `text` into the node's region, then destroys the old label.
+    /// Clones `text` into the node's region, then destroys the old label. REQUIRES: the node stays in its place until
+    /// the clone is made; what the old label does when it goes may move it.
     void Text(OmCellText const& text);
 
     unsigned long long Subscript() const { return _subscript; }

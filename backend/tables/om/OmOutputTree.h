@@ -82,8 +82,9 @@ public:
 /// O(records below the node).
 /// REQUIRES: a handle of a tree (hardened check "node._tree != 0") that is not at the end ("node.position != end"),
 /// with a level that has one below it ("node.Level() < max"); on the first path, a part to take the title from ("part
-/// != 0"); on the second, a text ("text != 0") that, when it is of a foreign kind, is no title below the node nor in
-/// one ("text != held"). When such a check's handler returns, nothing changes and `node` is given back.
+/// != 0") that stays while its title is cloned; on the second, a text ("text != 0") that, when it is of a foreign kind,
+/// is no title below the node nor in one ("text != held"). When such a check's handler returns, nothing changes and
+/// `node` is given back.
 OMTREE_API OmOutputTree::Node Amputate(OmOutputTree::Node node, OmCellText const* text, std::string const& codePage);
 
 #endif

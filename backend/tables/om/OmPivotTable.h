@@ -48,6 +48,13 @@ class PrefixVisitor;
 /// the table, valid until it is replaced or the table is destroyed. Texts handed in are never kept. Destroying the
 /// table gives the whole region back at once; cells of a foreign kind are then not destroyed one by one.
 ///
+/// Texts of a program's own kind may call any operation of the table while they are cloned, visited (`Accept`,
+/// `SetTracker`) or destroyed, also while the table ends: then they find what has gone no more, and what they add goes
+/// too. What such a call does stands when the outer one goes on. The part's own title goes last, when the table's
+/// record has gone, and uses nothing of the table. REQUIRES: a text that is asked something (its string, length, order,
+/// comparison) changes nothing in the table, in a search and a dump as well. What is handed in stays until the call
+/// returns. While a dimension is copied, that one is not changed. No text destroys the table.
+///
 /// Copying a table is shallow like that of every part: only one of the two may be destroyed.
 class OMTREE_API OmPivotTable : public OmOutputPart {
 public:
@@ -205,7 +212,8 @@ public:
     /// Registers a reference to a footnote and returns its number. The first record with an equal text is reused, takes
     /// the note's marker if it has one, and counts up by one, whatever its sign, but not past the largest `int`. With
     /// `alwaysNew`, or when there is none, a new record is appended; its count is 1, or the note's own if that is
-    /// negative. O(footnotes). Numbers are positions in `Footnotes()`. The note may be one of the table's own.
+    /// negative. O(footnotes). Numbers are positions in `Footnotes()`. The note may be one of the table's own; its
+    /// marker is the one that it has when the text is there, none when a text has taken it out of the list meanwhile.
     ///
     /// A new record comes into the list with its text; then the text, and after it the marker, are visited; last the
     /// count goes up. A program's text may call any operation of the table meanwhile: records that it adds stand before
@@ -354,15 +362,15 @@ public:
     // --- debug dumps to standard output ------------------------------------------------------------------------------
 
     // What the program has set on the stream (width, fill, base, flags, locale) changes nothing in what these write,
-    // and they leave it as it is. Texts of a program's own kind print themselves as they like.
+    // and they leave it as it is. Texts of a program's own kind print themselves as they like. REQUIRES: no text of the
+    // table changes the table when it is asked for its string.
 
     /// Writes dimensions, cells, corner text, caption and footnotes between two lines that name the table.
     /// REQUIRES: a table title was set (hardened check "_my->_tableTitle != 0").
     void Print() const;
 
     /// Writes every logical entry of the cell store, null ones included, with addresses: as many lines as the store's
-    /// vectors are long, up to two thousand million for one far subscript. REQUIRES: no text of the table changes the
-    /// table when it is asked for its string.
+    /// vectors are long, up to two thousand million for one far subscript.
     void PrintCells() const;
 
 private:
