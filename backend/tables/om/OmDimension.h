@@ -67,7 +67,8 @@ public:
     OmDimension(OmDimension const&) = delete;
     OmDimension& operator=(OmDimension const&) = delete;
 
-    /// Destroys the whole tree, children before parents, then the root value.
+    /// Destroys the whole tree, children before parents, then the root value. The table has forgotten the dimension by
+    /// then; a label that goes with it uses the table, not the dimension.
     ~OmDimension();
 
     /// Handle of depth 0.
