@@ -101,6 +101,26 @@ TEST(OwnFootnoteRegisteredAnew, ShowsTheMarkerThatItHasWhenItsTextIsThere) {
     }
 }
 
+// The new record's text came to lie where the old one's had lain, and was taken for it.
+TEST(FootnoteTakenOutMeanwhile, IsNotMistakenForAnotherOneInItsPlace) {
+    Acts acts;
+    Acts others;
+    {
+        OmPivotTable table(Text("title"), Text("template"), false);
+        acts.visited = [&] {
+            table.Footnotes().erase(0);
+            table.Footnote(OmFootnote(ActingText(others, "other")), true);
+        };
+        OmStringCell const marker("m");
+        table.Footnote(OmFootnote(ActingText(acts, "taken out"), &marker, 0), true);
+        ASSERT_EQ(table.Footnotes().size(), 1U);
+        EXPECT_EQ(table.Footnotes()[0].Text()->AsString(), "other");
+        EXPECT_EQ(table.Footnotes()[0].Marker(), nullptr);
+        EXPECT_EQ(table.Footnotes()[0].Count(), 1);
+    }
+    EXPECT_EQ(acts.alive + others.alive, 0);
+}
+
 // Both records were made in one place.
 TEST(HeadingsFootnote, MayAddOthersWhileItIsAppendedInsertedOrCopied) {
     for (int way = 0; way < 3; ++way) {

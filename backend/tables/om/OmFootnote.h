@@ -78,6 +78,7 @@ private:
     OmCellText* _text = nullptr;
     OmCellText* _marker = nullptr;
     std::int32_t _count = 0;
+    std::uint32_t _mark = 0; ///< given by a table that the record stands in; no copy has it
 };
 
 #endif

@@ -262,7 +262,15 @@ void OmPivotTable::Data::ReindexAxis() {
 // --- footnotes -------------------------------------------------------------------------------------------------------
 
 // Every text that is asked here may be a program's and use the table, which moves the records; the note may be one of
-// them. So a record is known by its number and its text, and looked up anew after each such moment.
+// them. So a record is known by its number and a mark, and looked up anew after each such moment. Its text's address
+// would not do: another record's text may come to lie there, and one text that is its own clone stands in several.
+
+std::uint32_t OmPivotTable::Data::MarkOf(OmFootnote& record) {
+    if (record._mark == 0) {
+        record._mark = ++lastFootnoteMark;
+    }
+    return record._mark;
+}
 
 std::size_t OmPivotTable::Data::FindFootnote(OmCellText const* text) const {
     std::size_t position = 0;
@@ -275,27 +283,31 @@ std::size_t OmPivotTable::Data::FindFootnote(OmCellText const* text) const {
     return position;
 }
 
-OmPivotTable::Data::GivenNote OmPivotTable::Data::Given(OmFootnote const& note) const {
+OmPivotTable::Data::GivenNote OmPivotTable::Data::Given(OmFootnote const& note) {
     std::less<> const before;
-    bool const isOwn = !before(&note, footnotes.begin()) && before(&note, footnotes.end());
-    return {note.Text(), note.Marker(), isOwn, isOwn ? static_cast<std::size_t>(&note - footnotes.begin()) : 0};
+    GivenNote given{note.Text(), note.Marker(), 0, 0};
+    if (!before(&note, footnotes.begin()) && before(&note, footnotes.end())) {
+        given.position = static_cast<std::size_t>(&note - footnotes.begin());
+        given.mark = MarkOf(footnotes[given.position]);
+    }
+    return given;
 }
 
 OmCellText const* OmPivotTable::Data::MarkerOf(GivenNote& note) {
-    if (!note.isOwn) {
+    if (note.mark == 0) {
         return note.marker;
     }
-    OmFootnote const* const record = RecordOf(note.position, note.text);
+    OmFootnote const* const record = RecordOf(note.position, note.mark);
     return record != nullptr ? record->Marker() : nullptr;
 }
 
-OmFootnote* OmPivotTable::Data::RecordOf(std::size_t& position, OmCellText const* text) {
-    if (position < footnotes.size() && footnotes[position].Text() == text) {
+OmFootnote* OmPivotTable::Data::RecordOf(std::size_t& position, std::uint32_t mark) {
+    if (position < footnotes.size() && footnotes[position]._mark == mark) {
         return &footnotes[position];
     }
     OmFootnote* const record = std::find_if(footnotes.begin(), footnotes.end(),
-                                            [text](OmFootnote const& other) { return other.Text() == text; });
-    if (text == nullptr || record == footnotes.end()) {
+                                            [mark](OmFootnote const& other) { return other._mark == mark; });
+    if (record == footnotes.end()) {
         return nullptr;
     }
     position = static_cast<std::size_t>(record - footnotes.begin());
@@ -309,9 +321,9 @@ std::size_t OmPivotTable::Data::Register(OmFootnote const& note, bool alwaysNew)
     if (position >= footnotes.size()) {
         return AppendFootnote(given, count);
     }
-    OmCellText const* const known = footnotes[position].Text();
-    TakeMarker(position, known, MarkerOf(given));
-    CountUp(position, known, 1);
+    std::uint32_t const mark = MarkOf(footnotes[position]);
+    TakeMarker(position, mark, MarkerOf(given));
+    CountUp(position, mark, 1);
     return position;
 }
 
@@ -319,36 +331,37 @@ std::size_t OmPivotTable::Data::AppendFootnote(GivenNote& note, int count) {
     std::unique_ptr<OmCellText> made(note.text != nullptr ? note.text->Clone(this) : nullptr);
     OmCellText* const own = made.get();
     std::size_t position = footnotes.size();
-    footnotes.emplace_back(this).ExchangeText(made.get());
-    static_cast<void>(made.release());
+    OmFootnote& added = footnotes.emplace_back(this);
+    added.ExchangeText(made.release());
+    std::uint32_t const mark = MarkOf(added);
     try {
         if (own != nullptr) {
             own->Accept(helper);
         }
-        TakeMarker(position, own, MarkerOf(note));
+        TakeMarker(position, mark, MarkerOf(note));
     } catch (...) {
-        if (OmFootnote* const record = RecordOf(position, own)) {
+        if (OmFootnote* const record = RecordOf(position, mark)) {
             made.reset(record->ExchangeText(nullptr));
             std::unique_ptr<OmCellText> const ownMarker(record->ExchangeMarker(nullptr));
             footnotes.erase(position);
         }
         throw;
     }
-    CountUp(position, own, count < 0 ? count : 1);
+    CountUp(position, mark, count < 0 ? count : 1);
     return position;
 }
 
-void OmPivotTable::Data::TakeMarker(std::size_t& position, OmCellText const* text, OmCellText const* marker) {
+void OmPivotTable::Data::TakeMarker(std::size_t& position, std::uint32_t mark, OmCellText const* marker) {
     if (marker == nullptr) {
         return;
     }
-    OmFootnote* record = RecordOf(position, text);
+    OmFootnote* record = RecordOf(position, mark);
     if (record == nullptr) {
         return;
     }
     std::unique_ptr<OmCellText> made(marker->Clone(record->Region()));
     OmCellText* const clone = made.get();
-    record = RecordOf(position, text);
+    record = RecordOf(position, mark);
     if (record == nullptr) {
         return;
     }
@@ -357,14 +370,14 @@ void OmPivotTable::Data::TakeMarker(std::size_t& position, OmCellText const* tex
         return;
     }
     delete record->ExchangeMarker(made.release());
-    record = RecordOf(position, text);
+    record = RecordOf(position, mark);
     if (record != nullptr && record->Marker() == clone) {
         clone->Accept(helper);
     }
 }
 
-void OmPivotTable::Data::CountUp(std::size_t& position, OmCellText const* text, int by) {
-    if (OmFootnote* const record = RecordOf(position, text)) {
+void OmPivotTable::Data::CountUp(std::size_t& position, std::uint32_t mark, int by) {
+    if (OmFootnote* const record = RecordOf(position, mark)) {
         using Limits = std::numeric_limits<std::int32_t>;
         std::int64_t const sum = std::int64_t{record->Count()} + by;
         record->Count(static_cast<int>(std::clamp<std::int64_t>(sum, Limits::min(), Limits::max())));

@@ -128,23 +128,25 @@ public:
     std::size_t Register(OmFootnote const& note, bool alwaysNew);
     /// Position of the first footnote with an equal text, or the number of footnotes.
     std::size_t FindFootnote(OmCellText const* text) const;
-    /// The record with this text, which was at `position` once; `position` is set to where it is now. Null when it is
+    /// What tells the record from every other one of the table, for as long as it stands in the list.
+    std::uint32_t MarkOf(OmFootnote& record);
+    /// The record with this mark, which was at `position` once; `position` is set to where it is now. Null when it is
     /// gone.
-    OmFootnote* RecordOf(std::size_t& position, OmCellText const* text);
+    OmFootnote* RecordOf(std::size_t& position, std::uint32_t mark);
     /// A note that is being registered. One of the table's own may be moved, taken out or given another marker by a
     /// text that uses the table meanwhile.
     struct GivenNote {
         OmCellText const* text;
         OmCellText const* marker;
-        bool isOwn;
         std::size_t position; ///< of the table's own one, once
+        std::uint32_t mark;   ///< of that; 0 for another note
     };
-    GivenNote Given(OmFootnote const& note) const;
+    GivenNote Given(OmFootnote const& note);
     /// The marker that the note has now; null when it was the table's own and is gone.
     OmCellText const* MarkerOf(GivenNote& note);
     std::size_t AppendFootnote(GivenNote& note, int count);
-    void TakeMarker(std::size_t& position, OmCellText const* text, OmCellText const* marker);
-    void CountUp(std::size_t& position, OmCellText const* text, int by);
+    void TakeMarker(std::size_t& position, std::uint32_t mark, OmCellText const* marker);
+    void CountUp(std::size_t& position, std::uint32_t mark, int by);
 
     void MakeTracker();
     void MakeU8Tracker();
@@ -157,6 +159,7 @@ public:
     OmCellText* caption = nullptr;
     OmCellText* tableTitle = nullptr;
     OmVector<OmFootnote> footnotes;
+    std::uint32_t lastFootnoteMark = 0;
     bool removedFootnotes = false;
     bool hasSplits;
     CellStore cells;
