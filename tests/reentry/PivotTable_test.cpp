@@ -77,11 +77,10 @@ public:
 
     bool IsOver() const { return table == nullptr; }
 
-    /// The index that the position has now.
+    /// The index that the position has now; a table that ends has no dimensions.
     Index At(int first, int second) const {
-        Index index(table->NDimensions(), 0);
-        index[0] = first;
-        index[1] = second;
+        Index index{first, second};
+        index.resize(table->NDimensions(), 0);
         return index;
     }
 
@@ -157,6 +156,7 @@ public:
     }
 
     Stage& stage;
+    bool isEnding = false;
     std::unique_ptr<OmPivotTable> table{};
     std::unique_ptr<OmPivotTable> empty{};
     std::unique_ptr<OmPivotTable> other{};
@@ -441,6 +441,7 @@ std::vector<Row> OtherRows() {
         {"destroy the table",
          "the table",
          [](World& w) {
+             w.isEnding = true;
              delete w.table.get();
              static_cast<void>(w.table.release());
          },
@@ -453,6 +454,12 @@ std::vector<Row> Rows() {
     std::vector<Row> all;
     for (std::vector<Row> (*const rows)() : {CellRows, DimensionRows, FootnoteRows, TextRows, OtherRows}) {
         for (Row& row : rows()) {
+            // The part's title is the last that goes; the table's record has gone then.
+            row.run = [run = row.run](World& w) {
+                if (!w.isEnding || w.table->Title() != nullptr) {
+                    run(w);
+                }
+            };
             all.push_back(std::move(row));
         }
     }

@@ -250,7 +250,7 @@ template <typename World>
 class Driver {
 public:
     /// Later calls of a member within one operation are like the ones before.
-    static constexpr int MostOccasions = 6;
+    static constexpr int MostOccasions = 24;
 
     Driver(std::vector<Row<World>> rows, LeftOut<World> leftOut, std::vector<Member> members)
         : _rows(std::move(rows)), _leftOut(std::move(leftOut)), _members(std::move(members)) {}

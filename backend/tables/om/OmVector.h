@@ -72,9 +72,9 @@ public:
 
     /// Destroys every element, those too that the destructors of others add meanwhile.
     ~OmVector() {
-        do {
+        while (_first != nullptr) {
             Free();
-        } while (_first != nullptr);
+        }
     }
 
     OmMemoryRegion* Region() const { return _region; }
