@@ -6,6 +6,7 @@
 #include "omcell/OmPartedText.h"
 #include "omcell/OmStringCell.h"
 
+#include <memory>
 #include <typeinfo>
 #include <utility>
 
@@ -74,8 +75,12 @@ struct HeldPlace {
     /// program's texts may put others there while they go or are cloned: what stands there when the clone comes goes
     /// too, and what is put there after it stays. Gives the clone, or null when there is no new one or it does
     /// not stand there at the end.
+    ///
+    /// `ready(OmCellText&)` is called with the clone before it is put there, and may throw; the place is then as a
+    /// failing clone leaves it.
     /// REQUIRES: `Takes(next)`.
-    OmCellText* Put(OmCellText const* next, OmMemoryRegion* region) const {
+    template <typename Ready>
+    OmCellText* Put(OmCellText const* next, OmMemoryRegion* region, Ready&& ready) const {
         if (Keeps(next)) {
             return nullptr;
         }
@@ -85,7 +90,9 @@ struct HeldPlace {
         if (next == nullptr) {
             return nullptr;
         }
-        OmCellText* const clone = next->Clone(region);
+        std::unique_ptr<OmCellText> made(next->Clone(region));
+        ready(*made);
+        OmCellText* const clone = made.release();
         OmCellText* const before = std::exchange(text, clone);
         isItsOwnClone = clone == next;
         if (before != clone) {

@@ -20,6 +20,6 @@ bool OmOutputPart::TakesTitle([[maybe_unused]] OmCellText const& title) {
 
 void OmOutputPart::ReplaceTitle(OmCellText const& title) {
     if (TakesTitle(title)) {
-        om_detail::HeldPlace{_title, _titleIsItsOwnClone}.Put(&title, nullptr);
+        om_detail::HeldPlace{_title, _titleIsItsOwnClone}.Put(&title, nullptr, [](OmCellText&) {});
     }
 }

@@ -72,9 +72,19 @@ void OmPivotTable::Data::ReplaceText(om_detail::HeldPlace const& held, OmCellTex
     if (!OM_HARDENED(held.Takes(text), "text != held", Source, __LINE__)) {
         return;
     }
-    if (OmCellText* const clone = held.Put(text, this)) {
+    bool isVisited = false;
+    OmCellText* const clone = held.Put(text, this, [&](OmCellText& made) { isVisited = VisitApart(made); });
+    if (clone != nullptr && !isVisited) {
         clone->Accept(helper);
     }
+}
+
+bool OmPivotTable::Data::VisitApart(OmCellText& clone) {
+    if (!Belonging::IsOurs(clone)) {
+        return false;
+    }
+    clone.Accept(helper);
+    return true;
 }
 
 void OmPivotTable::Data::DestroyDimension(OmDimension* dimension) {
@@ -96,9 +106,17 @@ void OmPivotTable::Data::Adopt(OmDimension* dimension) {
 }
 
 OmDimension& OmPivotTable::Data::Append(OmDimension* dimension) {
+    OmCellText* const name = dimension->Root().Value().Text();
+    bool isVisited = name == nullptr;
+    try {
+        isVisited = isVisited || VisitApart(*name);
+    } catch (...) {
+        DestroyDimension(dimension);
+        throw;
+    }
     Adopt(dimension);
     dimension->Index(static_cast<int>(_dimensions.size()) - 1);
-    if (OmCellText* const name = dimension->Root().Value().Text()) {
+    if (!isVisited) {
         name->Accept(helper);
     }
     return *dimension;
@@ -209,10 +227,11 @@ void OmPivotTable::Data::Settle(Spot& spot, std::vector<int> const& index, std::
     if (kept == nullptr) {
         kept = CopyOfMeta(before);
     }
+    bool const isVisited = VisitApart(*made);
     OmCellText* const clone = made.release();
     cells.Put(place, clone);
     delete before;
-    if (before == nullptr || Find(Widened(index)) == clone) {
+    if (!isVisited && (before == nullptr || Find(Widened(index)) == clone)) {
         clone->Accept(helper);
     }
     if (kept == nullptr) {
@@ -369,9 +388,10 @@ void OmPivotTable::Data::TakeMarker(std::size_t& position, std::uint32_t mark, O
         static_cast<void>(made.release()); // its own clone, which stays
         return;
     }
+    bool const isVisited = VisitApart(*clone);
     delete record->ExchangeMarker(made.release());
     record = RecordOf(position, mark);
-    if (record != nullptr && record->Marker() == clone) {
+    if (!isVisited && record != nullptr && record->Marker() == clone) {
         clone->Accept(helper);
     }
 }

@@ -36,6 +36,10 @@ public:
     /// Puts a clone of `text` (nothing when null) there and visits it.
     /// REQUIRES: the place takes it (hardened check "text != held").
     void ReplaceText(om_detail::HeldPlace const& held, OmCellText const* text);
+    /// Visits a clone that stands nowhere yet when it is of our own kinds, to the last part: a visit takes memory for
+    /// the parts, and nothing has changed then. Says no of one that has a program's text in it, which is visited in its
+    /// place.
+    bool VisitApart(OmCellText& clone);
     om_detail::HeldPlace CornerPlace() { return {cornerText, cornerIsItsOwnClone}; }
     om_detail::HeldPlace CaptionPlace() { return {caption, captionIsItsOwnClone}; }
     om_detail::HeldPlace TitlePlace() { return {tableTitle, titleIsItsOwnClone}; }

@@ -1,0 +1,64 @@
+// Operations that had done half when there was no more memory.
+#include "backend/tables/om/OmDimension.h"
+#include "backend/tables/om/OmPivotTable.h"
+#include "omcell/OmMessage.h"
+#include "omcell/OmStringCell.h"
+#include "tests/support/FailingHeap.h"
+#include "tests/support/TableProbe.h"
+#include "tests/support/TableSketch.h"
+
+#include <gtest/gtest.h>
+
+#include <string>
+#include <vector>
+
+using omtest::FailEachRequest;
+using omtest::Heap;
+using omtest::TableSketch;
+
+namespace {
+
+/// A text with parts, which takes memory to be told of a tracker.
+class Parted {
+public:
+    Parted() : text("{1} of {2}") {
+        text.Fill(1, OmStringCell("first"));
+        text.Fill(2, OmStringCell("second"));
+    }
+    OmMessage text;
+};
+
+std::string String(OmCellText const* text) { return text != nullptr ? text->AsString() : "none"; }
+
+} // namespace
+
+TEST(NoMemory, ADimensionWhoseNameCannotBeTrackedIsNotAdded) {
+    Parted const name;
+    TableSketch sketch;
+    EXPECT_GT(FailEachRequest([&] { sketch.table.AddDimension(name.text); },
+                              [&] { EXPECT_EQ(sketch.table.NDimensions(), 0U); }),
+              0);
+    EXPECT_EQ(sketch.table.NDimensions(), 1U);
+}
+
+TEST(NoMemory, ATextThatCannotBeTrackedTakesNoPlace) {
+    Parted const parted;
+    TableSketch sketch;
+    sketch.Dimension("d", "a b");
+    OmPivotTable& table = sketch.table;
+    std::vector<int> const index{1};
+    OmStringCell const old("old");
+    OmFootnote const note(OmStringCell("note"), &parted.text, 0);
+    table.SetTableTitle(old);
+    table.Footnote(OmFootnote(OmStringCell("note"), &old, 0), true);
+    EXPECT_GT(FailEachRequest([&] { table.Cell(index, parted.text); }, [&] { EXPECT_EQ(table.Cell(index), nullptr); }),
+              0);
+    EXPECT_GT(FailEachRequest([&] { table.Caption(&parted.text); }, [&] { EXPECT_EQ(table.Caption(), nullptr); }), 0);
+    EXPECT_GT(FailEachRequest([&] { table.SetTableTitle(parted.text); },
+                              [&] { EXPECT_EQ(String(table.GetTableTitle()), "old"); }),
+              0);
+    EXPECT_GT(FailEachRequest([&] { table.Footnote(note, false); },
+                              [&] { EXPECT_EQ(String(table.Footnotes()[0].Marker()), "old"); }),
+              0);
+    EXPECT_EQ(String(table.Footnotes()[0].Marker()), "first of second");
+}
