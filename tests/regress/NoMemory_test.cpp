@@ -3,6 +3,8 @@
 #include "backend/tables/om/OmPivotTable.h"
 #include "omcell/OmMessage.h"
 #include "omcell/OmStringCell.h"
+#include "platform/BackendSettings.h"
+#include "platform/icuTracker.h"
 #include "tests/support/FailingHeap.h"
 #include "tests/support/TableProbe.h"
 #include "tests/support/TableSketch.h"
@@ -61,4 +63,16 @@ TEST(NoMemory, ATextThatCannotBeTrackedTakesNoPlace) {
                               [&] { EXPECT_EQ(String(table.Footnotes()[0].Marker()), "old"); }),
               0);
     EXPECT_EQ(String(table.Footnotes()[0].Marker()), "first of second");
+}
+
+TEST(NoMemory, AFootnoteThatCannotBeAssignedWholeIsAsBefore) {
+    OmFootnote const source(OmStringCell("new text"), nullptr, 7);
+    Parted const parted;
+    OmFootnote const marked(parted.text, &parted.text, 7);
+    for (OmFootnote const* const from : {&source, &marked}) {
+        OmFootnote note(OmStringCell("old text"), nullptr, 1);
+        FailEachRequest([&] { note = *from; }, [&] { EXPECT_EQ(String(note.Text()), "old text"); });
+        EXPECT_EQ(note.Count(), 7);
+        EXPECT_EQ(String(note.Marker()), String(from->Marker()));
+    }
 }

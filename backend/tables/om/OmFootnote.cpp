@@ -6,13 +6,18 @@
 
 namespace {
 
-void Replace(OmCellText*& held, OmCellText const* text, OmMemoryRegion* region) {
-    OmCellText* const clone = text != nullptr ? text->Clone(region) : nullptr;
+OmCellText* CloneOf(OmCellText const* text, OmMemoryRegion* region) {
+    return text != nullptr ? text->Clone(region) : nullptr;
+}
+
+void Put(OmCellText*& held, OmCellText* clone) {
     OmCellText* const old = std::exchange(held, clone);
     if (old != clone) {
         delete old;
     }
 }
+
+void Replace(OmCellText*& held, OmCellText const* text, OmMemoryRegion* region) { Put(held, CloneOf(text, region)); }
 
 } // namespace
 
@@ -39,12 +44,22 @@ OmFootnote& OmFootnote::operator=(OmFootnote const& other) {
 
 // The other one is read first: what its text does while it is cloned may move the record.
 void OmFootnote::Copy(OmFootnote const& other) {
-    OmCellText const* const text = other._text;
-    OmCellText const* const marker = other._marker;
-    std::int32_t const count = other._count;
-    Replace(_text, text, _region);
-    Replace(_marker, marker, _region);
-    _count = count;
+    OmCellText const* const itsText = other._text;
+    OmCellText const* const itsMarker = other._marker;
+    std::int32_t const itsCount = other._count;
+    OmCellText* const text = CloneOf(itsText, _region);
+    OmCellText* marker = nullptr;
+    try {
+        marker = CloneOf(itsMarker, _region);
+    } catch (...) {
+        if (text != _text && text != itsText) {
+            delete text;
+        }
+        throw;
+    }
+    Put(_text, text);
+    Put(_marker, marker);
+    _count = itsCount;
 }
 
 OmFootnote::~OmFootnote() {

@@ -40,7 +40,8 @@ public:
     OmFootnote(OmFootnote const& other);
     /// A deep copy in `region` (the default heap when null).
     OmFootnote(OmFootnote const& other, OmMemoryRegion* region);
-    /// Deep; the own region stays. The new texts are cloned before the old ones are destroyed.
+    /// Deep; the own region stays. The new texts are cloned before the old ones are destroyed; when a clone throws, the
+    /// record is as it was.
     OmFootnote& operator=(OmFootnote const& other);
     ~OmFootnote();
 
