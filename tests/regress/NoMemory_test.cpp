@@ -76,3 +76,14 @@ TEST(NoMemory, AFootnoteThatCannotBeAssignedWholeIsAsBefore) {
         EXPECT_EQ(String(note.Marker()), String(from->Marker()));
     }
 }
+
+// The comma used to stay behind.
+TEST(NoMemory, APropertyThatCannotBeAddedLeavesNoComma) {
+    TableSketch sketch;
+    sketch.table.addMiscProperty("short");
+    std::string const property(200, 'p');
+    EXPECT_GT(FailEachRequest([&] { sketch.table.addMiscProperty(property); },
+                              [&] { EXPECT_EQ(sketch.table.getMiscProperties(), "short"); }),
+              0);
+    EXPECT_EQ(sketch.table.getMiscProperties(), "short," + property);
+}

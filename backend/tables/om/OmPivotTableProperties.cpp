@@ -112,12 +112,9 @@ void OmPivotTable::setBackendOwns(bool owns) { _my->backendOwns = owns; }
 std::string const& OmPivotTable::getMiscProperties() const { return _my->miscProperties; }
 
 void OmPivotTable::addMiscProperty(std::string const& property) {
-    std::string& stored = _my->miscProperties;
-    std::size_t const length = property.size(); // may be the stored string itself
-    if (!stored.empty()) {
-        stored += ',';
-    }
-    stored.append(property, 0, length);
+    std::string added = _my->miscProperties.empty() ? "" : ",";
+    added += property; // may be the stored string itself
+    _my->miscProperties += added;
 }
 
 std::map<std::uint64_t, std::uint16_t>& OmPivotTable::getEmptyCellStyles() const { return _my->emptyCellStyles; }
