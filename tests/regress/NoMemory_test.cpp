@@ -87,3 +87,62 @@ TEST(NoMemory, APropertyThatCannotBeAddedLeavesNoComma) {
               0);
     EXPECT_EQ(sketch.table.getMiscProperties(), "short," + property);
 }
+
+TEST(NoMemory, DimensionsThatCannotAllBeCopiedAreNotThere) {
+    TableSketch source;
+    source.Dimension("d", "a b");
+    source.Dimension("e", "c G(f)");
+    TableSketch target;
+    EXPECT_GT(FailEachRequest([&] { target.table.CopyDimensions(source.table); },
+                              [&] { EXPECT_EQ(target.table.NDimensions(), 0U); }),
+              1);
+    ASSERT_EQ(target.table.NDimensions(), 2U);
+    target.Put({1, 1}, "cell");
+    EXPECT_EQ(omtest::CellsOf(target.table), "(1,1)=cell");
+}
+
+TEST(NoMemory, LabelsWithoutATrackerGetItFromTheNextSettings) {
+    Parted const label;
+    BackendSettings settings;
+    settings.setLocale("en_US.UTF-8, or a name that is longer than what a string holds");
+    for (long allowed = 0;; ++allowed) {
+        TableSketch sketch;
+        OmDimension& dimension = sketch.Dimension("d", "a b");
+        dimension.AddNewChild(dimension.Root(), label.text, 2, false);
+        sketch.table.Footnote(OmFootnote(label.text), true);
+        Heap().once = true;
+        Heap().untilFailure = allowed;
+        bool thrown = false;
+        try {
+            sketch.table.setBackendSettings(settings);
+        } catch (std::bad_alloc const&) {
+            thrown = true;
+        }
+        Heap().untilFailure = -1;
+        if (!thrown) {
+            EXPECT_GT(allowed, 4);
+            break;
+        }
+        sketch.table.setBackendSettings(settings);
+        icuTracker const* const tracker = sketch.table.getICUTracker();
+        ASSERT_NE(tracker, nullptr);
+        for (std::size_t k = 0; k < 3; ++k) {
+            EXPECT_EQ(dimension.Root().Child(k).Value().Text()->Tracker(), tracker) << allowed;
+        }
+        EXPECT_EQ(label.text.Tracker(), nullptr);
+        EXPECT_EQ(sketch.table.Footnotes()[0].Text()->Tracker(), tracker) << allowed;
+    }
+    Heap().once = false;
+}
+
+TEST(NoMemory, SettingsThatCannotBeCopiedAreNotTakenByHalf) {
+    TableSketch sketch;
+    BackendSettings settings;
+    sketch.table.setBackendSettings(settings);
+    settings.setMaxCells(7);
+    settings.setLocale("a name that is longer than what a string holds");
+    EXPECT_GT(FailEachRequest([&] { sketch.table.setBackendSettings(settings); },
+                              [&] { EXPECT_GT(sketch.table.getBackendSettings().getMaxCells(), 7); }),
+              0);
+    EXPECT_EQ(sketch.table.getBackendSettings().getMaxCells(), 7);
+}

@@ -97,8 +97,16 @@ void OmPivotTable::CopyDimensions(OmPivotTable const& source) {
     }
     // A label may add a dimension to either table while it is copied.
     std::size_t const dimensions = source.NDimensions();
-    for (std::size_t k = 0; k < dimensions; ++k) {
-        _my->Adopt(_my->NewDimension(*source._my->_dimensions[k]));
+    std::size_t copied = 0;
+    try {
+        for (; copied < dimensions; ++copied) {
+            _my->Adopt(_my->NewDimension(*source._my->_dimensions[copied]));
+        }
+    } catch (...) {
+        if (NDimensions() == copied) {
+            _my->GiveUpDimensions();
+        }
+        throw;
     }
 }
 
@@ -228,10 +236,27 @@ FormatArea* OmPivotTable::getAreaFormat(FormatArea::Area area) const {
 // --- settings and text conversion ------------------------------------------------------------------------------------
 
 void OmPivotTable::setBackendSettings(BackendSettings const& settings) {
-    _my->backendSettings = settings;
+    BackendSettings copy(settings);
+    _my->backendSettings = std::move(copy);
     _my->fastTable = _my->backendSettings.getFastTables();
     if (_my->tracker == nullptr && _my->fastTable) {
         _my->MakeTracker();
+        _my->owesTracker = true;
+    }
+    if (_my->owesTracker && _my->fastTable) {
+        TrackTexts();
+    }
+    if (_my->u8Tracker == nullptr && _my->fastTable) {
+        _my->MakeU8Tracker();
+    }
+}
+
+BackendSettings& OmPivotTable::getBackendSettings() const { return _my->backendSettings; }
+
+// Not owed while it is under way: a program's text that gets the tracker may give settings too.
+void OmPivotTable::TrackTexts() {
+    _my->owesTracker = false;
+    try {
         setHelper(*Title());
         if (_my->templateName != nullptr) {
             setHelper(*_my->templateName);
@@ -241,13 +266,11 @@ void OmPivotTable::setBackendSettings(BackendSettings const& settings) {
         }
         _my->TrackDimensions();
         _my->TrackFootnotes();
-    }
-    if (_my->u8Tracker == nullptr && _my->fastTable) {
-        _my->MakeU8Tracker();
+    } catch (...) {
+        _my->owesTracker = true;
+        throw;
     }
 }
-
-BackendSettings& OmPivotTable::getBackendSettings() const { return _my->backendSettings; }
 
 icuTracker* OmPivotTable::getICUTracker() const { return _my->tracker; }
 

@@ -108,9 +108,10 @@ public:
     std::vector<int> SizeVector() const;
 
     /// Copies the dimensions, not the cells, axes or properties, of `source`, those that it has when the call begins.
-    /// The copies keep the numbers that they have there, and their names get no tracker. Throws OMSException
-    /// "OmPivotTable::CopyDimensions() -- _my->_dimensions.size() != 0" (number of dimensions, 0) on a table that has
-    /// dimensions.
+    /// The copies keep the numbers that they have there, and their names get no tracker. When it throws for want of
+    /// memory or because a label threw, the table has none, unless labels gave it cells or dimensions of its own.
+    /// Throws OMSException "OmPivotTable::CopyDimensions() -- _my->_dimensions.size() != 0" (number of dimensions, 0)
+    /// on a table that has dimensions.
     void CopyDimensions(OmPivotTable const& source);
 
     // --- axes --------------------------------------------------------------------------------------------------------
@@ -342,7 +343,9 @@ public:
     /// Takes the engine's settings. The cell limit holds from the next store on. The first call with fast tables on
     /// makes the table's trackers and attaches the first to the part's title, the template name, the table title, every
     /// category label and every footnote (not to the corner text, the caption, or cells stored before); later calls
-    /// never replace a tracker. Throws what making a tracker throws.
+    /// never replace a tracker. Throws what making a tracker throws, and what a text throws that gets one. The settings
+    /// are as before when there was no memory for them; from then on they hold, and the next call with fast tables on
+    /// makes up for what this one has not done (it goes over all these texts once more).
     ///
     /// In this order: the settings, the fast flag, the first tracker, the texts (title, template name, table title,
     /// dimensions, footnotes), and, if the fast flag is still up and there is none yet, the UTF-8 tracker. A program's
@@ -375,6 +378,8 @@ public:
 
 private:
     friend class OmDisplayLayerHeading;
+
+    void TrackTexts();
 
     // What the headings ask of the cell store; see backend/tables/om/detail/CellProjection.h.
     std::size_t PresentCells() const;

@@ -105,6 +105,15 @@ void OmPivotTable::Data::Adopt(OmDimension* dimension) {
     _dimensions.push_back(dimension);
 }
 
+void OmPivotTable::Data::GiveUpDimensions() {
+    if (cells.Root() != nullptr) {
+        return;
+    }
+    cells.Forget();
+    std::vector<OmDimension*> const gone = std::exchange(_dimensions, {});
+    std::for_each(gone.begin(), gone.end(), DestroyDimension);
+}
+
 OmDimension& OmPivotTable::Data::Append(OmDimension* dimension) {
     OmCellText* const name = dimension->Root().Value().Text();
     bool isVisited = name == nullptr;

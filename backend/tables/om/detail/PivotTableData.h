@@ -60,6 +60,8 @@ public:
     /// Adds a level to the store and makes the dimension the table's last one. Owns it from here, also when this
     /// throws.
     void Adopt(OmDimension* dimension);
+    /// Destroys all dimensions of a table without cells; does nothing to one with a store.
+    void GiveUpDimensions();
     /// Adopts it, records its number in it and visits its name.
     OmDimension& Append(OmDimension* dimension);
 
@@ -194,6 +196,7 @@ public:
     BackendSettings backendSettings;
     icuTracker* tracker = nullptr;
     icuTracker* u8Tracker = nullptr;
+    bool owesTracker = false; ///< a round over the texts ended early
     ICUHelper helper;
     std::int32_t lang = 0;
     std::int32_t variableMode = 0;
