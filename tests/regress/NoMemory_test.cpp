@@ -1,17 +1,25 @@
 // Operations that had done half when there was no more memory.
 #include "backend/tables/om/OmDimension.h"
+#include "backend/tables/om/OmModel.h"
+#include "backend/tables/om/OmOutputTree.h"
 #include "backend/tables/om/OmPivotTable.h"
+#include "backend/tables/om/OmProcedure.h"
+#include "backend/tables/om/OmTextBlock.h"
 #include "omcell/OmMessage.h"
 #include "omcell/OmStringCell.h"
 #include "platform/BackendSettings.h"
 #include "platform/icuTracker.h"
 #include "tests/support/FailingHeap.h"
+#include "tests/support/FailingMalloc.h"
 #include "tests/support/TableProbe.h"
 #include "tests/support/TableSketch.h"
+#include "tests/support/Undestroyed.h"
 
 #include <gtest/gtest.h>
 
+#include <memory>
 #include <string>
+#include <utility>
 #include <vector>
 
 using omtest::FailEachRequest;
@@ -31,6 +39,12 @@ public:
 };
 
 std::string String(OmCellText const* text) { return text != nullptr ? text->AsString() : "none"; }
+
+/// For a part that must not be destroyed, as another one shares what it has; its strings cannot be given back.
+void Keep(void const* part) {
+    static std::vector<void const*> kept;
+    kept.push_back(part);
+}
 
 } // namespace
 
@@ -145,4 +159,70 @@ TEST(NoMemory, SettingsThatCannotBeCopiedAreNotTakenByHalf) {
                               [&] { EXPECT_GT(sketch.table.getBackendSettings().getMaxCells(), 7); }),
               0);
     EXPECT_EQ(sketch.table.getBackendSettings().getMaxCells(), 7);
+}
+
+// The base of the copy used to take the shared title with it.
+TEST(NoMemory, APartThatCannotBeCopiedWholeLeavesTheSourceItsTitle) {
+    std::string const text(200, 't');
+    OmTextBlock block(OmStringCell("block"), text);
+    block.TextList().push_back(text);
+    std::unique_ptr<omtest::Undestroyed<OmTextBlock>> blockCopy;
+    EXPECT_GT(
+        FailEachRequest([&] { blockCopy = std::make_unique<omtest::Undestroyed<OmTextBlock>>(std::as_const(block)); },
+                        [&] { EXPECT_EQ(String(block.Title()), "block"); }),
+        2);
+    EXPECT_EQ((*blockCopy)->Title(), block.Title());
+    EXPECT_EQ((*blockCopy)->TextList(), block.TextList());
+    EXPECT_EQ((*blockCopy)->LocaleCodePage(), text);
+    (*blockCopy)->TextList().clear();
+    Keep(&**blockCopy.release()); // its code page cannot be given back
+
+    OmProcedure procedure(OmStringCell("procedure"), text, text, text);
+    procedure.Footnotes().push_back(OmFootnote(OmStringCell("note")));
+    procedure.TableVarDisplay(OmCellText::BothMode);
+    std::unique_ptr<omtest::Undestroyed<OmProcedure>> copy;
+    EXPECT_GT(
+        FailEachRequest([&] { copy = std::make_unique<omtest::Undestroyed<OmProcedure>>(std::as_const(procedure)); },
+                        [&] {
+                            EXPECT_EQ(String(procedure.Title()), "procedure");
+                            EXPECT_EQ(String(procedure.Footnotes()[0].Text()), "note");
+                        }),
+        2);
+    EXPECT_EQ((*copy)->Title(), procedure.Title());
+    EXPECT_EQ((*copy)->LocaleName(), text);
+    EXPECT_EQ((*copy)->TableVarDisplay(), OmCellText::BothMode);
+    Keep(&**copy.release());
+}
+
+TEST(NoMemory, APartThatCannotBeAssignedWholeKeepsItsOwnTitle) {
+    std::string const text(200, 't');
+    OmTextBlock const source(OmStringCell("source"), text);
+    auto target = std::make_unique<OmTextBlock>(OmStringCell("target"), "");
+    std::unique_ptr<OmCellText> const own(target->Title());
+    EXPECT_GT(FailEachRequest([&] { *target = source; }, [&] { EXPECT_EQ(target->Title(), own.get()); }), 0);
+    EXPECT_EQ(target->Title(), source.Title());
+    EXPECT_EQ(target->LocaleCodePage(), text);
+    Keep(target.release());
+
+    OmProcedure const other(OmStringCell("source"), text, text, text);
+    auto procedure = std::make_unique<OmProcedure>(OmStringCell("target"), "", "", "");
+    std::unique_ptr<OmCellText> const ownTitle(procedure->Title());
+    OmVector<OmFootnote>* const ownNotes = &procedure->Footnotes();
+    EXPECT_GT(FailEachRequest([&] { *procedure = other; }, [&] { EXPECT_EQ(procedure->Title(), ownTitle.get()); }), 0);
+    EXPECT_EQ(procedure->Title(), other.Title());
+    EXPECT_EQ(procedure->LanguageCode(), text);
+    delete ownNotes;
+    Keep(procedure.release());
+}
+
+TEST(NoMemory, AnOutlineTextThatCannotBeTakenLeavesTheCommand) {
+    OmProcedure procedure(OmStringCell("old"), "", "", "");
+    Parted const text;
+    EXPECT_GT(FailEachRequest([&] { procedure.setOutlineText(text.text); },
+                              [&] {
+                                  EXPECT_EQ(procedure.Command(), "old");
+                                  EXPECT_EQ(String(procedure.Title()), "old");
+                              }),
+              0);
+    EXPECT_EQ(procedure.Command(), "first of second");
 }

@@ -18,6 +18,7 @@ struct HeapBooks {
     std::ptrdiff_t live = 0; ///< blocks handed out and not given back
     long untilFailure = -1;  ///< requests that still succeed; negative: all do
     bool failed = false;     ///< whether a request was refused
+    bool once = false;       ///< whether the requests after the refused one succeed again; otherwise none does
 
     /// Blocks whose end is written down, each with a letter; the letters of those that went, in that order.
     struct Watched {
@@ -89,6 +90,7 @@ __attribute__((noinline)) void* operator new(std::size_t bytes) {
     void* const block = heap.untilFailure == 0 ? nullptr : std::malloc(bytes != 0 ? bytes : 1);
     if (block == nullptr) {
         heap.failed = true;
+        heap.untilFailure = heap.once ? -1 : heap.untilFailure;
         throw std::bad_alloc();
     }
     heap.untilFailure -= heap.untilFailure > 0 ? 1 : 0;

@@ -17,12 +17,29 @@ namespace omtest {
 struct MallocBooks {
     long untilFailure;    ///< requests that still succeed; negative: all do
     bool failed;          ///< whether a request was refused
+    bool once;            ///< whether the requests after the refused one succeed again; otherwise none does
     bool counts;          ///< whether `requests` and `bytes` go on
     std::size_t requests; ///< that succeeded
     std::size_t bytes;    ///< asked for by these
+    std::size_t spared;   ///< requests of fewer bytes take no part
+    std::ptrdiff_t live;  ///< blocks handed out here and not given back, where LiveMalloc.h watches what comes back
+
+    /// Whether a request is to be refused; goes into the books.
+    __attribute__((no_sanitize("address"))) bool Refuses(std::size_t asked) {
+        if (asked < spared) {
+            return false;
+        }
+        if (untilFailure != 0) {
+            untilFailure -= untilFailure > 0 ? 1 : 0;
+            return false;
+        }
+        failed = true;
+        untilFailure = once ? -1 : 0;
+        return true;
+    }
 };
 
-inline constinit MallocBooks mallocBooks{-1, false, false, 0, 0};
+inline constinit MallocBooks mallocBooks{-1, false, false, false, 0, 0, 0, 0};
 
 /// Runs `action` again and again, refusing the first request, then the second one, and so on, until it gets through
 /// without a refusal; a refused run must end with std::bad_alloc, after which `check` is called. Gives the number of
@@ -52,7 +69,8 @@ int FailEachMalloc(Action&& action, Check&& check) {
 /// What `action` asked the allocator for.
 template <typename Action>
 MallocBooks Asked(Action&& action) {
-    mallocBooks = MallocBooks{-1, false, true, 0, 0};
+    mallocBooks.requests = mallocBooks.bytes = 0;
+    mallocBooks.counts = true;
     action();
     mallocBooks.counts = false;
     return mallocBooks;
@@ -69,12 +87,11 @@ void* __libc_memalign(std::size_t, std::size_t);
 
 __attribute__((visibility("default"), no_sanitize("address"))) void* malloc(std::size_t bytes) noexcept {
     omtest::MallocBooks& books = omtest::mallocBooks;
-    if (books.untilFailure == 0) {
-        books.failed = true;
+    if (books.Refuses(bytes)) {
         errno = ENOMEM;
         return nullptr;
     }
-    books.untilFailure -= books.untilFailure > 0 ? 1 : 0;
+    ++books.live;
     books.requests += books.counts ? 1 : 0;
     books.bytes += books.counts ? bytes : 0;
     return __interceptor_malloc != nullptr ? __interceptor_malloc(bytes) : __libc_malloc(bytes);
@@ -83,11 +100,10 @@ __attribute__((visibility("default"), no_sanitize("address"))) void* malloc(std:
 __attribute__((visibility("default"), no_sanitize("address"))) int posix_memalign(void** place, std::size_t alignment,
                                                                                   std::size_t bytes) noexcept {
     omtest::MallocBooks& books = omtest::mallocBooks;
-    if (books.untilFailure == 0) {
-        books.failed = true;
+    if (books.Refuses(bytes)) {
         return ENOMEM;
     }
-    books.untilFailure -= books.untilFailure > 0 ? 1 : 0;
+    ++books.live;
     books.requests += books.counts ? 1 : 0;
     books.bytes += books.counts ? bytes : 0;
     if (__interceptor_posix_memalign != nullptr) {

@@ -15,21 +15,22 @@ public:
     /// there is one, else name or value).
     OmProcedure(OmCellText const& title, std::string const& languageCode, std::string const& localeCodePage,
                 std::string const& localeName);
-    OmProcedure(OmProcedure const&) = default;
-    OmProcedure& operator=(OmProcedure const&) = default;
+    /// The strings are copied first: when there is no memory for them nothing is shared, and nothing has changed.
+    OmProcedure(OmProcedure const& other);
+    OmProcedure& operator=(OmProcedure const& other);
     ~OmProcedure() override;
 
     void Accept(Visitor& visitor) override;
 
-    std::string const& Command() const { return _command; }
-    void SetCommand(std::string const& command) { _command = command; }
+    std::string const& Command() const { return _texts.command; }
+    void SetCommand(std::string const& command) { _texts.command = command; }
 
-    std::string const& LanguageCode() const { return _languageCode; }
-    std::string const& LocaleCodePage() const { return _localeCodePage; }
-    std::string const& LocaleName() const { return _localeName; }
+    std::string const& LanguageCode() const { return _texts.languageCode; }
+    std::string const& LocaleCodePage() const { return _texts.localeCodePage; }
+    std::string const& LocaleName() const { return _texts.localeName; }
 
-    std::string const& TransCommand() const { return _transCommand; }
-    void SetTransCommand(std::string const& command) { _transCommand = command; }
+    std::string const& TransCommand() const { return _texts.transCommand; }
+    void SetTransCommand(std::string const& command) { _texts.transCommand = command; }
 
     OmCellText::ModeType OutlineVarDisplay() const { return _outlineVarDisplay; }
     void OutlineVarDisplay(OmCellText::ModeType mode) { _outlineVarDisplay = mode; }
@@ -47,11 +48,17 @@ public:
     void setOutlineText(OmCellText const& text);
 
 private:
-    std::string _command;
-    std::string _languageCode;
-    std::string _localeCodePage;
-    std::string _localeName;
-    std::string _transCommand;
+    struct Texts {
+        std::string command;
+        std::string languageCode;
+        std::string localeCodePage;
+        std::string localeName;
+        std::string transCommand;
+    };
+
+    OmProcedure(OmProcedure const& other, Texts&& texts) noexcept;
+
+    Texts _texts;
     OmCellText::ModeType _outlineVarDisplay = OmCellText::LabelOrNameMode;
     OmCellText::ModeType _outlineValueDisplay = OmCellText::LabelOrNameMode;
     OmCellText::ModeType _tableVarDisplay = OmCellText::LabelOrNameMode;

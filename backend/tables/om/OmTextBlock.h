@@ -14,8 +14,9 @@ class OMTREE_API OmTextBlock : public OmOutputPart {
 public:
     /// No lines. The block is a log when the title's text is "Log" to the letter, then and for good.
     OmTextBlock(OmCellText const& title, std::string const& localeCodePage);
-    OmTextBlock(OmTextBlock const&) = default;
-    OmTextBlock& operator=(OmTextBlock const&) = default;
+    /// The lines are copied first: when there is no memory for them nothing is shared, and nothing has changed.
+    OmTextBlock(OmTextBlock const& other);
+    OmTextBlock& operator=(OmTextBlock const& other);
     ~OmTextBlock() override;
 
     void Accept(Visitor& visitor) override;
@@ -33,6 +34,8 @@ public:
     std::string const& LocaleCodePage() const { return _localeCodePage; }
 
 private:
+    OmTextBlock(OmTextBlock const& other, std::list<std::string>&& lines, std::string&& codePage) noexcept;
+
     std::list<std::string> _textList;
     bool _isLog;
     std::string _localeCodePage;
