@@ -226,3 +226,12 @@ TEST(NoMemory, AnOutlineTextThatCannotBeTakenLeavesTheCommand) {
               0);
     EXPECT_EQ(procedure.Command(), "first of second");
 }
+
+TEST(NoMemory, AContainerThatCannotBeTakenLeavesTheTypeOfTheModel) {
+    OmModel model(OmStringCell("model"));
+    std::string const chunk(200, 'c');
+    EXPECT_GT(FailEachRequest([&] { model.SetPMMLContainer(chunk.data(), 200); },
+                              [&] { EXPECT_EQ(model.GetModelType(), OmModel::MODEL_PMML); }),
+              0);
+    EXPECT_EQ(model.GetModelType(), OmModel::MODEL_CONTAINER);
+}
