@@ -11,6 +11,7 @@
 #include <iterator>
 #include <limits>
 #include <memory>
+#include <optional>
 #include <utility>
 #include <vector>
 
@@ -354,8 +355,10 @@ OmOutputTree::OmOutputTree() {
 
 OmOutputTree& OmOutputTree::operator=(OmOutputTree const& other) {
     if (this != &other) {
+        Records copy(other.List());
         Destruction::ForgetAll(*this);
-        ListTree::operator=(other);
+        List().clear();
+        List().splice(List().end(), copy);
     }
     return *this;
 }
@@ -382,11 +385,28 @@ void OmOutputTree::Erase(Node& node) {
 
 namespace {
 
-Parts::Node Append(Parts& tree, Parts::Node const& node, std::unique_ptr<OmTextBlock> block) {
-    Parts::Node const added = tree.AppendChild(node, nullptr);
-    added.Position()->value = block.release();
-    return added;
-}
+/// A text block in a record of its own, so that nothing is left to fail once parts have gone.
+class Prepared {
+public:
+    Prepared(OmCellText const& title, std::string const& codePage, int level)
+        : _block(std::make_unique<OmTextBlock>(title, codePage)), _record{{_block.get(), level}} {}
+
+    /// Puts it behind the node's subtree.
+    Parts::Node Append(Parts& tree, Parts::Node const& node) {
+        Position place = std::next(node.Position());
+        while (place != tree.List().end() && place->level > node.Level()) {
+            ++place;
+        }
+        Position const added = _record.begin();
+        tree.List().splice(place, _record);
+        static_cast<void>(_block.release());
+        return Parts::Node(tree, added);
+    }
+
+private:
+    std::unique_ptr<OmTextBlock> _block;
+    Parts::Records _record;
+};
 
 /// The node's part goes, and its children with a text block behind them take its place.
 Parts::Node ReplaceByChildren(Parts& tree, Parts::Node const& node, std::string const& codePage) {
@@ -395,11 +415,11 @@ Parts::Node ReplaceByChildren(Parts& tree, Parts::Node const& node, std::string 
         return node;
     }
     NodeDestruction call(tree, node.Position());
-    auto block = std::make_unique<OmTextBlock>(*part->Title(), codePage);
+    Prepared block(*part->Title(), codePage, node.Level() + 1);
     if (!call.DestroyPart()) {
         return call.End();
     }
-    Append(tree, node, std::move(block));
+    block.Append(tree, node);
     Parts::Node lifted = node;
     tree.Flatten(lifted);
     Parts::Node const first(tree, std::next(node.Position()), node.Level());
@@ -425,9 +445,9 @@ Parts::Node ReplaceChildren(Parts& tree, Parts::Node const& node, OmCellText con
     }
     // A text of ours may belong to a part that goes, and cannot tell when it is cloned; another one is cloned after the
     // pruning, as it can see.
-    std::unique_ptr<OmTextBlock> block;
+    std::optional<Prepared> block;
     if (Belonging::IsOurs(*text)) {
-        block = std::make_unique<OmTextBlock>(*text, codePage);
+        block.emplace(*text, codePage, node.Level() + 1);
     } else if (!OM_HARDENED(!IsTitleBelow(tree, node, *text), "text != held", Source, __LINE__)) {
         return node;
     }
@@ -435,10 +455,10 @@ Parts::Node ReplaceChildren(Parts& tree, Parts::Node const& node, OmCellText con
     while (call.HasNode() && !tree.IsLeaf(node)) {
         PruneParts(tree, Parts::Node(tree, std::next(node.Position())));
     }
-    if (call.HasNode() && block == nullptr) {
-        block = std::make_unique<OmTextBlock>(*text, codePage);
+    if (call.HasNode() && !block.has_value()) {
+        block.emplace(*text, codePage, node.Level() + 1);
     }
-    return call.HasNode() ? Append(tree, node, std::move(block)) : call.End();
+    return call.HasNode() ? block->Append(tree, node) : call.End();
 }
 
 } // namespace
