@@ -25,7 +25,7 @@
 struct QUORMBConverter;
 
 /// A converter into the named code page, or null when the name is null or names no known one. The caller frees it with
-/// `QUORMBConverterDelete_A`. Used by one thread at a time.
+/// `QUORMBConverterDelete_A`. Used by one thread at a time. Throws std::bad_alloc.
 PLATDEP_API QUORMBConverter* QUORMBConverterNew_A(char const* codePage);
 
 /// Converts `text` from UTF-8 into the converter's code page and puts the result in `out`. Returns 0 on success.

@@ -24,7 +24,8 @@ public:
 
     /// Converts `text` into UTF-8 from the code page that the locale names. When the data is Unicode the text is UTF-8
     /// already and is copied. False, with `out` as before, when the locale names no known code page or the text is
-    /// ill-formed in it. The converter is made at the first call and kept.
+    /// ill-formed in it. The converter is made at the first call and kept;
+    /// when there is no memory for it, std::bad_alloc is thrown and the next call tries again.
     bool ToU8(std::string const& text, std::string& out) const;
 
     /// The same the other way: from UTF-8 into the locale's code page. False also when the code page cannot hold one of

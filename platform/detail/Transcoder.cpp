@@ -2,6 +2,7 @@
 
 #include <cerrno>
 #include <cstddef>
+#include <new>
 #include <string_view>
 #include <utility>
 
@@ -73,6 +74,9 @@ std::unique_ptr<Transcoder> Transcoder::Open(char const* to, char const* from) {
     // The object is made first: nothing is open yet when there is no memory for it.
     std::unique_ptr<Transcoder> transcoder(new Transcoder(to, from));
     transcoder->_handle = iconv_open(to, from);
+    if (transcoder->_handle == None() && errno == ENOMEM) {
+        throw std::bad_alloc();
+    }
     return transcoder->_handle != None() ? std::move(transcoder) : nullptr;
 }
 

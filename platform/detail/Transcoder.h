@@ -11,6 +11,7 @@ namespace om_detail {
 class Transcoder {
 public:
     /// A converter between two encodings by the C library's names for them; null when a name is null or unknown there.
+    /// Throws std::bad_alloc, also when the C library has no memory for it.
     static std::unique_ptr<Transcoder> Open(char const* to, char const* from);
 
     Transcoder(Transcoder const&) = delete;

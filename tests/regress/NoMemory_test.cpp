@@ -272,3 +272,32 @@ TEST(NoMemory, AListThatCannotBeAssignedKeepsItsRecords) {
     EXPECT_EQ(document.Size(), 2);
     document.List().clear(); // the parts are the other's
 }
+
+// A refusal inside of the C library used to pass for an unknown code page, for good.
+TEST(NoMemory, ATrackerThatCannotOpenAConverterTriesAgain) {
+    std::pair<bool, std::string> const latin9{false, "de_DE.ISO-8859-15"};
+    icuTracker const loaded(latin9);
+    std::string out;
+    ASSERT_TRUE(loaded.ToU8("caf\xE9", out));
+    for (long allowed = 0;; ++allowed) {
+        icuTracker const tracker(latin9);
+        omtest::mallocBooks.failed = false;
+        omtest::mallocBooks.once = true;
+        omtest::mallocBooks.untilFailure = allowed;
+        bool thrown = false;
+        bool converted = false;
+        try {
+            converted = tracker.ToU8("caf\xE9", out);
+        } catch (std::bad_alloc const&) {
+            thrown = true;
+        }
+        omtest::mallocBooks.untilFailure = -1;
+        EXPECT_NE(converted, thrown) << allowed;
+        EXPECT_TRUE(tracker.ToU8("caf\xE9", out)) << allowed;
+        if (!omtest::mallocBooks.failed) {
+            EXPECT_GT(allowed, 4);
+            break;
+        }
+    }
+    omtest::mallocBooks.once = false;
+}
