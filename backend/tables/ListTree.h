@@ -68,13 +68,11 @@ public:
     explicit ListTree(T& root) : ListTree(static_cast<T const&>(root)) {}
     /// Copies every record in order; values are copied as they are.
     ListTree(ListTree const&) = default;
-    /// Copies the source's records, then removes the own ones; nothing changes when a copy throws. Self-assignment does
-    /// nothing.
+    /// Removes all records, then copies the source's; none are left when a copy throws. Self-assignment does nothing.
     ListTree& operator=(ListTree const& other) {
         if (this != &other) {
-            Records copy(other._records);
             _records.clear();
-            _records.splice(_records.end(), copy);
+            _records.insert(_records.end(), other._records.begin(), other._records.end());
         }
         return *this;
     }

@@ -320,18 +320,21 @@ std::unique_ptr<OmProcedure> Procedure() {
 
 template <typename Part, typename Make>
 void SweepChunks(std::string const& name, Make const& make,
-                 std::vector<void (Part::*)(char const*, unsigned int)> const& setters) {
+                 std::vector<void (Part::*)(char const*, unsigned int)> const& setters,
+                 Promise promise = Promise::AsBefore) {
     for (std::string const& chunk : {std::string(40, 'x'), std::string(12, 'y'), std::string(300, 'z')}) {
         for (auto const set : setters) {
-            SweepPart<Part>(name, make,
-                            [&](Part& part) { (part.*set)(chunk.data(), static_cast<unsigned int>(chunk.size())); });
+            SweepPart<Part>(
+                name, make, [&](Part& part) { (part.*set)(chunk.data(), static_cast<unsigned int>(chunk.size())); },
+                promise);
             auto const begun = [&] {
                 auto part = make();
                 ((*part).*set)("0123456789", 10);
                 return part;
             };
-            SweepPart<Part>(name + ", later chunk", begun,
-                            [&](Part& part) { (part.*set)(chunk.data(), static_cast<unsigned int>(chunk.size())); });
+            SweepPart<Part>(
+                name + ", later chunk", begun,
+                [&](Part& part) { (part.*set)(chunk.data(), static_cast<unsigned int>(chunk.size())); }, promise);
         }
     }
 }
@@ -345,9 +348,9 @@ TEST_F(PartFailures, Streams) {
     SweepChunks<OmInteractive>("interactive", Interactive,
                                {&OmInteractive::addGeoJSONFileName, &OmInteractive::addGeoJSONFileContent,
                                 &OmInteractive::setInteractiveJSON});
-    SweepChunks<OmModel>(
-        "model", Model,
-        {&OmModel::SetPMML, &OmModel::SetBinaryDataStream, &OmModel::SetPMMLContainer, &OmModel::SetStatXMLContainer});
+    SweepChunks<OmModel>("model", Model, {&OmModel::SetPMML, &OmModel::SetBinaryDataStream});
+    // The type is set first.
+    SweepChunks<OmModel>("model", Model, {&OmModel::SetPMMLContainer, &OmModel::SetStatXMLContainer}, Promise::Resumed);
     SweepChunks<OmAnswerTree>(
         "answer tree", AnswerTree,
         {&OmAnswerTree::SetPath, &OmAnswerTree::SetUncompressedXML, &OmAnswerTree::SetUncompressedDisplayXML});
@@ -459,7 +462,9 @@ TEST_F(DocumentFailures, Trees) {
     for (auto const& kind : Kinds()) {
         for (int position = 0; position < 10; ++position) {
             SweepDocument("Amputate", Promise::Usable, [&](OmOutputTree& document) {
-                if (position < document.Size()) {
+                bool const isThere = position < document.Size();
+                // A part that has gone leaves null behind, from which no title comes.
+                if (isThere && At(document, position).Value() != nullptr) {
                     Amputate(At(document, position), kind.get(), Long);
                 }
             });
@@ -484,7 +489,7 @@ TEST_F(DocumentFailures, Copies) {
     };
     omtest::Sweep<Parts>(
         {"documents", "assign a list", [&] { return filled(3); }, [](Parts& tree) { return ShowTree(tree); }},
-        Promise::AsBefore,
+        Promise::Resumed,
         [&](Parts& tree) {
             Parts const copy(tree);
             tree = *other;
@@ -627,7 +632,8 @@ TEST_F(ContainerFailures, Trees) {
         tree->AppendChild(first, Long);
         return tree;
     };
-    auto const sweepList = [&](char const* name, std::function<void(List&)> const& act) {
+    auto const sweepList = [&](char const* name, std::function<void(List&)> const& act,
+                               Promise promise = Promise::AsBefore) {
         omtest::Sweep<List>({"containers", name, list,
                              [](List& tree) {
                                  std::string shown;
@@ -636,13 +642,14 @@ TEST_F(ContainerFailures, Trees) {
                                  }
                                  return shown;
                              }},
-                            Promise::AsBefore, act)
+                            promise, act)
             .Run();
     };
     auto const other = list();
     other->AppendChild(other->Root(), std::string(Long) + "!");
     sweepList("ListTree::AppendChild", [](List& tree) { tree.AppendChild(tree.Root(), std::string(Long) + "?"); });
-    sweepList("ListTree, assign", [&](List& tree) { tree = *other; });
+    sweepList(
+        "ListTree, assign", [&](List& tree) { tree = *other; }, Promise::Resumed);
     sweepList("ListTree, copy", [&](List& tree) { List const copy(tree); });
     sweepList("ListTree::Move", [&](List& tree) {
         List from(*other);

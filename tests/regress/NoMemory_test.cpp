@@ -1,7 +1,5 @@
 // Operations that had done half when there was no more memory.
 #include "backend/tables/om/OmDimension.h"
-#include "backend/tables/om/OmModel.h"
-#include "backend/tables/om/OmOutputTree.h"
 #include "backend/tables/om/OmPivotTable.h"
 #include "backend/tables/om/OmProcedure.h"
 #include "backend/tables/om/OmTextBlock.h"
@@ -225,52 +223,6 @@ TEST(NoMemory, AnOutlineTextThatCannotBeTakenLeavesTheCommand) {
                               }),
               0);
     EXPECT_EQ(procedure.Command(), "first of second");
-}
-
-TEST(NoMemory, AContainerThatCannotBeTakenLeavesTheTypeOfTheModel) {
-    OmModel model(OmStringCell("model"));
-    std::string const chunk(200, 'c');
-    EXPECT_GT(FailEachRequest([&] { model.SetPMMLContainer(chunk.data(), 200); },
-                              [&] { EXPECT_EQ(model.GetModelType(), OmModel::MODEL_PMML); }),
-              0);
-    EXPECT_EQ(model.GetModelType(), OmModel::MODEL_CONTAINER);
-}
-
-// The part was gone by then, and nothing stood in its place.
-TEST(NoMemory, AnAmputationThatFindsNoMemoryForItsRecordLeavesThePart) {
-    OmOutputTree tree;
-    auto const heading = tree.AppendChild(tree.Root(), new OmModel(OmStringCell("first")));
-    auto const below = tree.AppendChild(heading, new OmModel(OmStringCell("second")));
-    EXPECT_GT(FailEachRequest([&] { Amputate(below, nullptr, ""); },
-                              [&] {
-                                  ASSERT_NE(below.Value(), nullptr);
-                                  EXPECT_EQ(String(below.Value()->Title()), "second");
-                              }),
-              0);
-    EXPECT_EQ(tree.Size(), 3);
-}
-
-TEST(NoMemory, AListThatCannotBeAssignedKeepsItsRecords) {
-    ListTree<std::string> const source(std::string(200, 's'));
-    ListTree<std::string> tree(std::string("old"));
-    EXPECT_EQ(FailEachRequest([&] { tree = source; },
-                              [&] {
-                                  ASSERT_EQ(tree.Size(), 1);
-                                  EXPECT_EQ(tree.Root().Value(), "old");
-                              }),
-              2);
-    OmOutputTree document;
-    OmOutputTree other;
-    other.AppendChild(other.Root(), nullptr);
-    std::unique_ptr<OmOutputPart> const own(document.Root().Value());
-    EXPECT_EQ(FailEachRequest([&] { document = other; },
-                              [&] {
-                                  ASSERT_EQ(document.Size(), 1);
-                                  EXPECT_EQ(document.Root().Value(), own.get());
-                              }),
-              2);
-    EXPECT_EQ(document.Size(), 2);
-    document.List().clear(); // the parts are the other's
 }
 
 // A refusal inside of the C library used to pass for an unknown code page, for good.

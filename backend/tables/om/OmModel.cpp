@@ -23,13 +23,13 @@ void OmModel::SetBinaryDataStream(char const* bytes, unsigned int length) {
 }
 
 void OmModel::SetPMMLContainer(char const* bytes, unsigned int length) {
-    om_detail::AppendChunk(_record->pmmlContainer, bytes, length);
     _record->type = MODEL_CONTAINER;
+    om_detail::AppendChunk(_record->pmmlContainer, bytes, length);
 }
 
 void OmModel::SetStatXMLContainer(char const* bytes, unsigned int length) {
-    om_detail::AppendChunk(_record->statXmlContainer, bytes, length);
     _record->type = MODEL_CONTAINER;
+    om_detail::AppendChunk(_record->statXmlContainer, bytes, length);
 }
 
 void OmModel::SetModelType(MODEL_TYPE type) { _record->type = type; }

@@ -27,7 +27,7 @@ public:
     virtual void SetPMML(char const* bytes, unsigned int length);
     /// Reserves room for just the whole before it appends.
     virtual void SetBinaryDataStream(char const* bytes, unsigned int length);
-    /// Every chunk of either container sets the type to 1.
+    /// Every chunk of either container sets the type to 1, first, also one for which there is no memory.
     virtual void SetPMMLContainer(char const* bytes, unsigned int length);
     virtual void SetStatXMLContainer(char const* bytes, unsigned int length);
 

@@ -11,7 +11,6 @@
 #include <iterator>
 #include <limits>
 #include <memory>
-#include <optional>
 #include <utility>
 #include <vector>
 
@@ -355,10 +354,8 @@ OmOutputTree::OmOutputTree() {
 
 OmOutputTree& OmOutputTree::operator=(OmOutputTree const& other) {
     if (this != &other) {
-        Records copy(other.List());
         Destruction::ForgetAll(*this);
-        List().clear();
-        List().splice(List().end(), copy);
+        ListTree::operator=(other);
     }
     return *this;
 }
@@ -385,28 +382,11 @@ void OmOutputTree::Erase(Node& node) {
 
 namespace {
 
-/// A text block in a record of its own, so that nothing is left to fail once parts have gone.
-class Prepared {
-public:
-    Prepared(OmCellText const& title, std::string const& codePage, int level)
-        : _block(std::make_unique<OmTextBlock>(title, codePage)), _record{{_block.get(), level}} {}
-
-    /// Puts it behind the node's subtree.
-    Parts::Node Append(Parts& tree, Parts::Node const& node) {
-        Position place = std::next(node.Position());
-        while (place != tree.List().end() && place->level > node.Level()) {
-            ++place;
-        }
-        Position const added = _record.begin();
-        tree.List().splice(place, _record);
-        static_cast<void>(_block.release());
-        return Parts::Node(tree, added);
-    }
-
-private:
-    std::unique_ptr<OmTextBlock> _block;
-    Parts::Records _record;
-};
+Parts::Node Append(Parts& tree, Parts::Node const& node, std::unique_ptr<OmTextBlock> block) {
+    Parts::Node const added = tree.AppendChild(node, block.get());
+    block.release();
+    return added;
+}
 
 /// The node's part goes, and its children with a text block behind them take its place.
 Parts::Node ReplaceByChildren(Parts& tree, Parts::Node const& node, std::string const& codePage) {
@@ -415,11 +395,11 @@ Parts::Node ReplaceByChildren(Parts& tree, Parts::Node const& node, std::string 
         return node;
     }
     NodeDestruction call(tree, node.Position());
-    Prepared block(*part->Title(), codePage, node.Level() + 1);
+    auto block = std::make_unique<OmTextBlock>(*part->Title(), codePage);
     if (!call.DestroyPart()) {
         return call.End();
     }
-    block.Append(tree, node);
+    Append(tree, node, std::move(block));
     Parts::Node lifted = node;
     tree.Flatten(lifted);
     Parts::Node const first(tree, std::next(node.Position()), node.Level());
@@ -445,9 +425,9 @@ Parts::Node ReplaceChildren(Parts& tree, Parts::Node const& node, OmCellText con
     }
     // A text of ours may belong to a part that goes, and cannot tell when it is cloned; another one is cloned after the
     // pruning, as it can see.
-    std::optional<Prepared> block;
+    std::unique_ptr<OmTextBlock> block;
     if (Belonging::IsOurs(*text)) {
-        block.emplace(*text, codePage, node.Level() + 1);
+        block = std::make_unique<OmTextBlock>(*text, codePage);
     } else if (!OM_HARDENED(!IsTitleBelow(tree, node, *text), "text != held", Source, __LINE__)) {
         return node;
     }
@@ -455,10 +435,10 @@ Parts::Node ReplaceChildren(Parts& tree, Parts::Node const& node, OmCellText con
     while (call.HasNode() && !tree.IsLeaf(node)) {
         PruneParts(tree, Parts::Node(tree, std::next(node.Position())));
     }
-    if (call.HasNode() && !block.has_value()) {
-        block.emplace(*text, codePage, node.Level() + 1);
+    if (call.HasNode() && block == nullptr) {
+        block = std::make_unique<OmTextBlock>(*text, codePage);
     }
-    return call.HasNode() ? block->Append(tree, node) : call.End();
+    return call.HasNode() ? Append(tree, node, std::move(block)) : call.End();
 }
 
 } // namespace

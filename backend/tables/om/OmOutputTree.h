@@ -77,8 +77,8 @@ public:
 /// the node, there is no place for the block: the handle that comes back is on the end, and on nothing when the
 /// document is gone.
 ///
-/// When there is no memory, std::bad_alloc comes before anything has changed, or, at level 0 or 1, as it comes from
-/// `Prune` of what is below or once a foreign text cannot be cloned; the call can be made again.
+/// When there is no memory for the block's record, std::bad_alloc comes after the part has gone (below the top-level
+/// headings: null stands in its place) or after what was below the node has.
 ///
 /// The node may be one of a plain list tree of parts, whose parts are then destroyed like a document's.
 ///
