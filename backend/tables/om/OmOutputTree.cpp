@@ -383,8 +383,8 @@ void OmOutputTree::Erase(Node& node) {
 namespace {
 
 Parts::Node Append(Parts& tree, Parts::Node const& node, std::unique_ptr<OmTextBlock> block) {
-    Parts::Node const added = tree.AppendChild(node, block.get());
-    block.release();
+    Parts::Node const added = tree.AppendChild(node, nullptr);
+    added.Position()->value = block.release();
     return added;
 }
 
