@@ -14,7 +14,7 @@ demo: setup
 	tools/demo.sh build/release/examples/omtree-crosstab build/release/examples/omtree-report build/demo
 
 test:
-	tools/setup.sh $(BENCHMARK_PACKAGES)
+	tools/setup.sh valgrind $(BENCHMARK_PACKAGES)
 	cmake --preset release -DOMTREE_BUILD_BENCHMARKS=ON
 	cmake --build --preset release -j $(JOBS)
 	ctest --preset release -j $(JOBS)
@@ -68,10 +68,13 @@ clang:
 	cmake --preset clang -DOMTREE_BUILD_BENCHMARKS=ON
 	cmake --build --preset clang -j $(JOBS)
 
+# The libraries alone: make tidy TIDY_TARGETS='omtree omcell platdep QUORIOCV'
+TIDY_TARGETS ?= all
+
 tidy:
 	tools/setup.sh clang clang-tidy
 	cmake --preset tidy
-	cmake --build --preset tidy -j $(JOBS)
+	cmake --build --preset tidy -j $(JOBS) --target $(TIDY_TARGETS)
 
 format-check:
 	tools/setup.sh git clang-format

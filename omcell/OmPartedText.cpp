@@ -340,8 +340,8 @@ void OmPartedText::Bin::Take(OmCellText*& slot) {
     _next = parted;
 }
 
-// A text stays until all that lies in it is gone, for its parts may use it while they are destroyed; what they add to it
-// goes too.
+// A text stays until all that lies in it is gone, for its parts may use it while they are destroyed; what they add to
+// it goes too.
 void OmPartedText::DestroyParts() noexcept {
     Bin bin;
     _doomed = nullptr;
