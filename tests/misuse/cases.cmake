@@ -244,13 +244,13 @@ omtree_misuse(copied_table_destroyed_too
 # --- headings ---------------------------------------------------------------------------------------------------------
 omtree_misuse(column_heading_over_a_dead_layer_heading
     "columns are asked for after the layer heading's end"
-    SANITIZED "heap-use-after-free")
+    HARDENED "backend/tables/om/detail/HeadingLayout: _layers != 0")
 omtree_misuse(column_heading_over_a_dead_heap_layer_heading
     "the same, the layer heading on the heap"
-    SANITIZED "heap-use-after-free")
+    HARDENED "backend/tables/om/detail/HeadingLayout: _layers != 0")
 omtree_misuse(row_heading_over_a_dead_heap_layer_heading
     "rows are asked for after the layer heading's end"
-    SANITIZED "heap-use-after-free")
+    HARDENED "backend/tables/om/detail/HeadingLayout: _layers != 0")
 omtree_misuse(layer_heading_over_a_dead_table
     "the layer is restored after the table's end"
     SANITIZED "heap-use-after-free")
