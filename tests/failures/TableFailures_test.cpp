@@ -740,7 +740,7 @@ TEST_F(TableFailures, StandingHeadings) {
             for (auto const& [name, read] : reads) {
                 omtest::Sweep<Standing>(
                     {"headings", name, [&] { return std::make_unique<Standing>(make, skip); }, ShowStanding},
-                    Promise::Resumed, [&read = read](Standing& at) { at.seen = read(at); })
+                    Promise::Resumed, [&ask = read](Standing& at) { at.seen = ask(at); })
                     .Run();
             }
         }
