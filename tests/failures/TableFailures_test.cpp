@@ -15,6 +15,7 @@
 #include "tests/support/FailureSweep.h"
 #include "tests/support/TableProbe.h"
 #include "tests/support/TableSketch.h"
+#include "tests/support/TextKinds.h"
 
 #include <cstddef>
 #include <exception>
@@ -28,19 +29,13 @@ using omtest::TableSketch;
 
 namespace {
 
+using omtest::Kinds;
+using omtest::Long;
+using omtest::Meta;
+
 using Node = OmDimension::Node;
 using ConstNode = OmDimension::ConstNode;
 using Act = std::function<void(TableSketch&)>;
-
-constexpr char Long[] = "a text that is too long to lie inside of its own cell, whichever kind it is of";
-
-OmCellMetaData Meta(std::string const& marker) {
-    OmCellMetaData meta;
-    meta.footnotes = {1, 2, 3};
-    meta.markers = {marker, std::string(marker).append(Long)};
-    meta.style = 4;
-    return meta;
-}
 
 // --- what a table shows ----------------------------------------------------------------------------------------------
 
@@ -213,31 +208,6 @@ std::unique_ptr<TableSketch> DisplayedSparse() {
     sketch->Layers({0}).Columns({1, 2, 3, 4, 5, 6, 7, 8, 9}).Rows({10});
     sketch->Put({0, 1, 0, 0, 1, 1, 1, 1, 1, 1, 1}).Put({1, 0, 2, 0, 0, 0, 0, 0, 0, 0, 2});
     return sketch;
-}
-
-/// Texts of each kind.
-std::vector<std::unique_ptr<OmCellText>> const& Kinds() {
-    static std::vector<std::unique_ptr<OmCellText>> const kinds = [] {
-        std::vector<std::unique_ptr<OmCellText>> made;
-        OmCellMetaData const meta = Meta("k");
-        made.emplace_back(new OmStringCell("short"));
-        made.emplace_back(new OmStringCell(Long));
-        made.back()->setMeta(&meta);
-        made.emplace_back(new OmNumber(12.5, {OmNumber::CurrencyFormat, 2, U',', U'.', Long}));
-        made.emplace_back(new OmVariable(Long, Long));
-        made.emplace_back(new OmValue(3.0, Long));
-        auto message = std::make_unique<OmMessage>(std::string("{1} of {2}: ") + Long, Long);
-        message->Fill(1, *made[2]);
-        message->Fill(2, *made[3]);
-        auto composite = std::make_unique<OmComposite>();
-        composite->Append(composite->Append(*message), *made[1]);
-        composite->Append(*made[4]);
-        made.emplace_back(std::move(message));
-        made.emplace_back(std::move(composite));
-        made.emplace_back(new OmBlank());
-        return made;
-    }();
-    return kinds;
 }
 
 /// Under the sanitizer, which takes ten times as long, one text with and one without parts stand for all.

@@ -26,6 +26,7 @@
 #include "platform/icuTracker.h"
 #include "tests/support/CapturedOutput.h"
 #include "tests/support/FailureSweep.h"
+#include "tests/support/TextKinds.h"
 
 #include <cstddef>
 #include <cstdint>
@@ -41,15 +42,9 @@ using omtest::Promise;
 
 namespace {
 
-constexpr char Long[] = "a text that is too long to lie inside of its own cell, whichever kind it is of";
-
-OmCellMetaData Meta() {
-    OmCellMetaData meta;
-    meta.footnotes = {1, 2, 3};
-    meta.markers = {"m", Long};
-    meta.style = 4;
-    return meta;
-}
+using omtest::Kinds;
+using omtest::Long;
+using omtest::Meta;
 
 std::string Show(OmCellText const* text) {
     if (text == nullptr) {
@@ -64,30 +59,6 @@ std::string Show(OmCellText const* text) {
         shown += "|" + std::to_string(footnote);
     }
     return shown;
-}
-
-std::vector<std::unique_ptr<OmCellText>> const& Kinds() {
-    static std::vector<std::unique_ptr<OmCellText>> const kinds = [] {
-        std::vector<std::unique_ptr<OmCellText>> made;
-        OmCellMetaData const meta = Meta();
-        made.emplace_back(new OmStringCell("short"));
-        made.emplace_back(new OmStringCell(Long));
-        made.back()->setMeta(&meta);
-        made.emplace_back(new OmNumber(12.5, {OmNumber::CurrencyFormat, 2, U',', U'.', Long}));
-        made.emplace_back(new OmVariable(Long, Long));
-        made.emplace_back(new OmValue(3.0, Long));
-        auto message = std::make_unique<OmMessage>(std::string("{1} of {2}: ") + Long, Long);
-        message->Fill(1, *made[2]);
-        message->Fill(2, *made[3]);
-        auto composite = std::make_unique<OmComposite>();
-        composite->Append(composite->Append(*message), *made[1]);
-        composite->Append(*made[4]);
-        made.emplace_back(std::move(message));
-        made.emplace_back(std::move(composite));
-        made.emplace_back(new OmBlank());
-        return made;
-    }();
-    return kinds;
 }
 
 class Failures : public testing::Test {
@@ -140,7 +111,7 @@ void SweepText(std::string const& name, OmCellText const& source, Promise promis
 }
 
 TEST_F(TextFailures, EveryKind) {
-    OmCellMetaData const meta = Meta();
+    OmCellMetaData const meta = Meta("m");
     for (auto const& kind : Kinds()) {
         using Held = InRegion<OmCellText>;
         auto const sweep = [&](char const* name, std::function<void(Held&)> const& act) {

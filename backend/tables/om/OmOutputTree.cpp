@@ -452,7 +452,7 @@ OmOutputTree::Node Amputate(OmOutputTree::Node node, OmCellText const* text, std
         !OM_HARDENED(node.Level() < std::numeric_limits<int>::max(), "node.Level() < max", Source, __LINE__)) {
         return node;
     }
-    // Its owner may be among the parts that go.
-    std::string const page = codePage; // NOLINT(performance-unnecessary-copy-initialization)
+    // NOLINTNEXTLINE(performance-unnecessary-copy-initialization): its owner may be among the parts that go
+    std::string const page = codePage;
     return node.Level() > 1 ? ReplaceByChildren(tree, node, page) : ReplaceChildren(tree, node, text, page);
 }

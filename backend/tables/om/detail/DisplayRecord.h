@@ -88,7 +88,7 @@ public:
     /// REQUIRES of all below: the path is not null.
     ConstNode& Node() const { return _entries[_at].node; }
     Path Above() const { return {_entries, _entries[_at].above}; }
-    // NOLINTNEXTLINE(clang-analyzer-core.uninitialized.UndefReturn): as said above
+    // NOLINTNEXTLINE(clang-analyzer-core.uninitialized.UndefReturn): a path that is not null has entries
     ConstNode& Root() const { return _entries[0].node; }
     std::size_t Length() const { return Node().Depth() + std::size_t{1}; }
 

@@ -193,7 +193,7 @@ void OmPivotTable::Data::Replace(CellStore::Place place, std::vector<int> const&
         return;
     }
     Spot spot{place, cells.Changes()};
-    // NOLINTNEXTLINE(clang-analyzer-cplusplus.NewDeleteLeaks): what `made` lets go is the cell that stays
+    // NOLINTNEXTLINE(clang-analyzer-cplusplus.NewDeleteLeaks): what `made` releases below stands in the table
     std::unique_ptr<OmCellMetaData> kept = CopyOfMeta(&held);
     std::unique_ptr<OmCellText> made(isOwnPlace ? cell->Clone(this) : nullptr);
     // The place is empty while the old text goes and the new one comes, so that a failing clone leaves no dead pointer.
